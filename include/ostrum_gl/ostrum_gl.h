@@ -1,0 +1,6 @@
+// ostrum_gl.h -- umbrella header: every public class of ostrum_gl, and ostrum_core beneath it.
+#pragma once
+
+#include <ostrum_core/ostrum_core.h>
+
+#include <ostrum_gl/platform/LGLPlatform.h>
