@@ -1,6 +1,21 @@
 // TestMain.cpp -- the main of every test program: GoogleTest with thread-safe death tests, because
-// Mesa's software rasteriser runs threads of its own.
+// Mesa's software rasteriser runs threads of its own; and the sanitizers' settings of the test run.
 #include <gtest/gtest.h>
+
+// Read by the sanitizer runtimes of the sanitized build (and ignored elsewhere): stop at the first
+// error, check leaks, and skip leaks that the GL stack and X11 keep for the life of the process.
+extern "C" const char* __asan_default_options()
+{
+    return "halt_on_error=1:detect_leaks=1";
+}
+extern "C" const char* __ubsan_default_options()
+{
+    return "halt_on_error=1:print_stacktrace=1";
+}
+extern "C" const char* __lsan_default_options()
+{
+    return "suppressions=" OSTRUM_LSAN_SUPPRESSIONS ":print_suppressions=0";
+}
 
 int main(int argc, char** argv)
 {

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <vector>
@@ -23,20 +24,31 @@ std::string readFile(const std::string& path);
 
 // ---------------------------------------------------------------- standard output
 
-// Captures everything written to standard output (C stdio and std::cout) while it lives.
-class StdoutCapture {
+// Captures everything written to a standard stream (C stdio and the C++ stream) while it lives.
+class StreamCapture {
 public:
-    StdoutCapture();
-    ~StdoutCapture();
-    StdoutCapture(const StdoutCapture&) = delete;
-    StdoutCapture& operator=(const StdoutCapture&) = delete;
+    explicit StreamCapture(int fd);
+    ~StreamCapture();
+    StreamCapture(const StreamCapture&) = delete;
+    StreamCapture& operator=(const StreamCapture&) = delete;
     // Stops capturing and returns what was written.
     std::string take();
 
 private:
+    int fd_;
     int savedFd_ = -1;
     std::FILE* file_ = nullptr;
     bool active_ = false;
+};
+
+class StdoutCapture : public StreamCapture {
+public:
+    StdoutCapture() : StreamCapture(1) {}
+};
+
+class StderrCapture : public StreamCapture {
+public:
+    StderrCapture() : StreamCapture(2) {}
 };
 
 // ---------------------------------------------------------------- death tests
