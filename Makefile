@@ -1,5 +1,7 @@
 # Makefile -- the project's front door. `make test` installs what it needs, builds everything (plain,
 # sanitized and fuzz builds) and runs every test under an X server.
+SHELL := /bin/bash
+.SHELLFLAGS := -o pipefail -c
 JOBS ?= $(shell nproc)
 BUILD ?= build
 ASAN_BUILD ?= build-asan
@@ -28,16 +30,17 @@ fuzz-build: deps
 	cmake --build $(FUZZ_BUILD) -j $(JOBS)
 
 test-plain: build
-	./scripts/with-display.sh ctest --test-dir $(BUILD) -j $(JOBS) --output-on-failure
+	./scripts/with-display.sh ctest --test-dir $(BUILD) -j $(JOBS) --output-on-failure --timeout 600 | tee $(BUILD)/ctest.log
 
 test-asan: asan-build
-	./scripts/with-display.sh ctest --test-dir $(ASAN_BUILD) -j $(JOBS) --output-on-failure
+	./scripts/with-display.sh ctest --test-dir $(ASAN_BUILD) -j $(JOBS) --output-on-failure --timeout 900 | tee $(ASAN_BUILD)/ctest.log
 
 # Every fuzz target replays its seed corpus once: the corpus stays crash-free.
 test-fuzz-corpus: fuzz-build
 	./scripts/run-fuzzers.sh $(FUZZ_BUILD) 0
 
 test: test-plain test-asan test-fuzz-corpus
+	@./scripts/summarize-tests.sh $(BUILD)/ctest.log $(ASAN_BUILD)/ctest.log
 
 fuzz: fuzz-build
 	./scripts/run-fuzzers.sh $(FUZZ_BUILD) $(FUZZ_SECONDS)
