@@ -4,3 +4,8 @@
 #include <ostrum_core/WinTypes.h>
 #include <ostrum_core/SVector3D.h>
 #include <ostrum_core/tRect.h>
+#include <ostrum_core/LString.h>
+#include <ostrum_core/LFile.h>
+#include <ostrum_core/LGeom.h>
+#include <ostrum_core/LRandom.h>
+#include <ostrum_core/LTime.h>
