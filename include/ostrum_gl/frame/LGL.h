@@ -22,9 +22,10 @@
 //    no fade had been run; InFadeOut() is therefore true until a fade has completed once.
 //  - RenderFadeOut pops the projection first and the modelview last, so the matrix mode is
 //    GL_MODELVIEW afterwards.
-//  - drawTube and drawArrow push the modelview matrix around their own scale and pop it again, so
-//    they leave the caller's matrix as it was. Segment counts above 49 are drawn with 49 (the circle
-//    tables hold 50 points) and negative counts draw nothing; 0 means 32.
+//  - drawTube pushes the modelview matrix around its own scale and pops it again, so it leaves the
+//    caller's matrix as it was; drawArrow needs no scale and does not touch the matrix. For both,
+//    segment counts above 49 are drawn with 49 (the circle tables hold 50 points) and negative counts
+//    draw nothing; 0 means 32.
 //  - The tube's side is one four-vertex triangle strip per segment, wound counter-clockwise seen from
 //    outside: (p[k], +1), (p[k], -1), (p[k+1], +1), (p[k+1], -1), where p[k] is the k-th circle point
 //    and the second value the z of the unit tube. Each strip carries one normal, the outward
