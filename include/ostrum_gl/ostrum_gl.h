@@ -4,3 +4,4 @@
 #include <ostrum_core/ostrum_core.h>
 
 #include <ostrum_gl/platform/LGLPlatform.h>
+#include <ostrum_gl/frame/LGL.h>
