@@ -7,7 +7,7 @@ if [ -n "${DISPLAY:-}" ]; then
 fi
 fdfile=$(mktemp)
 exec 3>"$fdfile"
-Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp +extension GLX +extension XTEST >/dev/null 2>&1 &
+Xvfb -displayfd 3 -screen 0 1920x1080x24 -noreset -nolisten tcp +extension GLX +extension XTEST >/dev/null 2>&1 &
 xvfb=$!
 exec 3>&-
 for _ in $(seq 1 100); do

@@ -5,3 +5,5 @@
 
 #include <ostrum_gl/platform/LGLPlatform.h>
 #include <ostrum_gl/frame/LGL.h>
+#include <ostrum_gl/frame/LGLCamera.h>
+#include <ostrum_gl/frame/LGLApp.h>

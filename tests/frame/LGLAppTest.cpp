@@ -4,7 +4,6 @@
 #include <ostrum_gl/platform/LGLPlatform.h>
 
 #include "TestSupport.h"
-#include "XConnection.h"
 
 #include <GL/freeglut.h>
 #include <GL/glu.h>
@@ -67,35 +66,6 @@ Cursor cursorNow()
     EXPECT_TRUE(LGLPlatform::getCursorPos(c.x, c.y));
     return c;
 }
-
-// The X pointer is one per display and test programs run side by side under one X server: tests that
-// move it hold this lock (one file per display) so that no other test moves it under their feet.
-class PointerLock {
-public:
-    PointerLock()
-    {
-        std::string display = std::getenv("DISPLAY") ? std::getenv("DISPLAY") : "none";
-        for (char& ch : display)
-            if (!std::isalnum(static_cast<unsigned char>(ch)))
-                ch = '_';
-        const std::string path = "/tmp/ostrum_x_pointer_" + display + ".lock";
-        fd_ = ::open(path.c_str(), O_CREAT | O_RDWR, 0666);
-        if (fd_ >= 0)
-            ::flock(fd_, LOCK_EX);
-    }
-    ~PointerLock()
-    {
-        if (fd_ >= 0) {
-            ::flock(fd_, LOCK_UN);
-            ::close(fd_);
-        }
-    }
-    PointerLock(const PointerLock&) = delete;
-    PointerLock& operator=(const PointerLock&) = delete;
-
-private:
-    int fd_ = -1;
-};
 
 // ---------------------------------------------------------------- construction and copies
 
@@ -162,7 +132,6 @@ class LGLAppMouseTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_NE(frame_test::holdXConnection(), nullptr);
         LGLCamera::accumulatedPitch = 0.0f;
         app.screenCentreX = 700;
         app.screenCentreY = 400;
@@ -180,7 +149,7 @@ protected:
         ASSERT_EQ(app.lastCursor.y, y);
     }
 
-    PointerLock lock;
+    ostrum_test::PointerLock lock;
     LGLApp app;
 };
 
@@ -387,7 +356,6 @@ class LGLAppWindowTest : public ostrum_test::GLTest {
 protected:
     void SetUp() override
     {
-        ASSERT_NE(frame_test::holdXConnection(), nullptr);
         GLTest::SetUp();
     }
     void TearDown() override
@@ -517,7 +485,6 @@ class LGLAppReshapeTest : public ostrum_test::GLTest {
 protected:
     void SetUp() override
     {
-        ASSERT_NE(frame_test::holdXConnection(), nullptr);
         GLTest::SetUp();
     }
 };

@@ -2,7 +2,6 @@
 #include <ostrum_gl/frame/LGLCamera.h>
 
 #include "TestSupport.h"
-#include "XConnection.h"
 
 #include <GL/glu.h>
 
@@ -582,7 +581,6 @@ class LGLCameraGLTest : public ::ostrum_test::GLTest {
 protected:
     void SetUp() override
     {
-        ASSERT_NE(frame_test::holdXConnection(), nullptr);
         GLTest::SetUp();
     }
 };
@@ -680,7 +678,6 @@ protected:
 
     void SetUp() override
     {
-        ASSERT_NE(frame_test::holdXConnection(), nullptr);
         GLTest::SetUp();
         glMatrixMode(GL_PROJECTION);
         glLoadIdentity();

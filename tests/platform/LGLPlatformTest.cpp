@@ -86,6 +86,7 @@ TEST_F(LGLPlatformGLTest, EntryPointsOfTheDriverAreFound)
 
 TEST(LGLPlatformTest, CursorWarpIsReadBackInScreenPixels)
 {
+    PointerLock lock;
     LGLPlatform::setCursorPos(123, 456);
     int x = -1, y = -1;
     ASSERT_TRUE(LGLPlatform::getCursorPos(x, y));

@@ -3,9 +3,13 @@
 #include "TestSupport.h"
 
 #include <GL/freeglut.h>
+#include <X11/Xlib.h>
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -162,12 +166,48 @@ private:
     return ::testing::MakeMatcher(new LastLineMatcher(line));
 }
 
+// ---------------------------------------------------------------- X pointer
+
+PointerLock::PointerLock()
+{
+    std::string display = std::getenv("DISPLAY") ? std::getenv("DISPLAY") : "none";
+    for (char& ch : display)
+        if (!std::isalnum(static_cast<unsigned char>(ch)))
+            ch = '_';
+    const std::string path = (fs::temp_directory_path() / ("ostrum_x_pointer_" + display + ".lock")).string();
+    fd_ = ::open(path.c_str(), O_CREAT | O_RDWR, 0666);
+    if (fd_ >= 0)
+        ::flock(fd_, LOCK_EX);
+}
+
+PointerLock::~PointerLock()
+{
+    if (fd_ >= 0) {
+        ::flock(fd_, LOCK_UN);
+        ::close(fd_);
+    }
+}
+
 // ---------------------------------------------------------------- GL window
 
 namespace {
 // Mesa unloads its driver when the process ends, before the leak checker reports; leaks of memory the
 // driver keeps for the process's life would then show as "<unknown module>" and escape the suppression
 // file, which names the driver. Pinning the driver keeps its name in the reports.
+// Waits until the X server takes connections, and keeps one open for the life of the process.
+void holdXConnection()
+{
+    static Display* display = [] {
+        for (int attempt = 0; attempt < 100; ++attempt) {
+            if (Display* d = XOpenDisplay(nullptr))
+                return d;
+            usleep(20000);
+        }
+        return static_cast<Display*>(nullptr);
+    }();
+    (void)display;
+}
+
 void pinGLDriver()
 {
     for (const char* driver : {"swrast_dri.so", "kms_swrast_dri.so", "/usr/lib/x86_64-linux-gnu/dri/swrast_dri.so"})
@@ -180,6 +220,7 @@ int GLTestWindow::ensure()
 {
     static int window = 0;
     if (window == 0) {
+        holdXConnection();
         pinGLDriver();
         int argc = 1;
         char name[] = "ostrum_tests";

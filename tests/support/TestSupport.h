@@ -68,6 +68,21 @@ void routeStdoutToStderr();
         },                                                                                           \
         ::testing::ExitedWithCode(status), ::ostrum_test::LastLineIs(line))
 
+// ---------------------------------------------------------------- X pointer
+
+// The X pointer is one per display and test programs run side by side under one X server: a test that
+// moves it holds this lock (one file per display) so that no other test moves it under its feet.
+class PointerLock {
+public:
+    PointerLock();
+    ~PointerLock();
+    PointerLock(const PointerLock&) = delete;
+    PointerLock& operator=(const PointerLock&) = delete;
+
+private:
+    int fd_ = -1;
+};
+
 // ---------------------------------------------------------------- GL window
 
 // One GLUT window per test process, created on first use, double-buffered RGBA with depth.
