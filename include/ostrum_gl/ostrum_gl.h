@@ -7,3 +7,5 @@
 #include <ostrum_gl/frame/LGL.h>
 #include <ostrum_gl/frame/LGLCamera.h>
 #include <ostrum_gl/frame/LGLApp.h>
+#include <ostrum_gl/frame/LGLFrustum.h>
+#include <ostrum_gl/frame/Quaternion.h>
