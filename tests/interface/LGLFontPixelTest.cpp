@@ -103,8 +103,8 @@ TEST_F(LGLFontPixels, WriteAtRpWritesAtThePixelInTheGivenColourAndRestoresTheCol
     const std::vector<FeedbackVertex> tokens = bitmaps(record([&] { font.writeAt_rp(100, 50, "Hey", 1.0f, 0.5f, 0.0f); }));
     ASSERT_EQ(tokens.size(), 3u);
     EXPECT_NEAR(tokens[0].x, 100.0f, 1e-3);
-    EXPECT_NEAR(tokens[1].x, 100.0f + f->widths['H'], 1e-3);
-    EXPECT_NEAR(tokens[2].x, 100.0f + f->widths['H'] + f->widths['e'], 1e-3);
+    EXPECT_NEAR(tokens[1].x, 100.0f + f->widths[code('H')], 1e-3);
+    EXPECT_NEAR(tokens[2].x, 100.0f + f->widths[code('H')] + f->widths[code('e')], 1e-3);
     for (const FeedbackVertex& v : tokens) {
         EXPECT_NEAR(v.y, windowY(50), 1e-3);
         EXPECT_FLOAT_EQ(v.r, 1.0f);
@@ -186,7 +186,7 @@ TEST_F(LGLFontPixels, ShadowDrawsTheTextInGreyOnePixelRightAndDownFirst)
     ASSERT_EQ(tokens.size(), 4u);
     EXPECT_NEAR(tokens[0].x, 101.0f, 1e-3);
     EXPECT_NEAR(tokens[0].y, windowY(61), 1e-3);
-    EXPECT_NEAR(tokens[1].x, 101.0f + f->widths['A'], 1e-3);
+    EXPECT_NEAR(tokens[1].x, 101.0f + f->widths[code('A')], 1e-3);
     EXPECT_NEAR(tokens[2].x, 100.0f, 1e-3);
     EXPECT_NEAR(tokens[2].y, windowY(60), 1e-3);
     for (int i = 0; i < 2; ++i) {
@@ -221,8 +221,8 @@ TEST_F(LGLFontPixels, PixelWritesUseTheSelectedFont)
     font.selectFont(1);
     const std::vector<FeedbackVertex> tokens = bitmaps(record([&] { font.writeAt_rp(10, 100, "WW", 1, 1, 1); }));
     ASSERT_EQ(tokens.size(), 2u);
-    EXPECT_NEAR(tokens[1].x - tokens[0].x, static_cast<float>(font.fonts[1].widths['W']), 1e-3);
-    EXPECT_NE(font.fonts[1].widths['W'], f->widths['W']);
+    EXPECT_NEAR(tokens[1].x - tokens[0].x, static_cast<float>(font.fonts[1].widths[code('W')]), 1e-3);
+    EXPECT_NE(font.fonts[1].widths[code('W')], f->widths[code('W')]);
 }
 
 // ================================================================ tab columns
@@ -241,7 +241,7 @@ static std::vector<float> columnStarts(const std::vector<FeedbackVertex>& tokens
 
 TEST_F(LGLFontPixels, ColumnStepsCompoundFromTheTotalWidth)
 {
-    // The documented example: with tab width 40, a first column 30 pixels wide puts the second at
+    // The example of LGLFont.h: with tab width 40, a first column 30 pixels wide puts the second at
     // x + 40; a second column 35 pixels wide then puts the third at x + 40 + 80.
     const std::string first = textOfWidth(*f, 30), second = textOfWidth(*f, 35);
     ASSERT_FALSE(first.empty());

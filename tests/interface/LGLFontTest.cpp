@@ -213,7 +213,7 @@ TEST_F(LGLFontCreate, CreateIgnoresTheDeviceContext)
     font.create(nullptr, "Arial", 16, 0, 0);
     ASSERT_EQ(font.numFonts, 2);
     EXPECT_EQ(widthsOf(font.fonts[0]), widthsOf(font.fonts[1]));
-    EXPECT_GT(font.fonts[0].widths['H'], 0);
+    EXPECT_GT(font.fonts[0].widths[code('H')], 0);
 }
 
 TEST_F(LGLFontCreate, FontsAreAddedInCreationOrderWithListsOfTheirOwn)
@@ -267,7 +267,7 @@ TEST_F(LGLFontCreate, CreateWithoutDisplayListNamesAddsNothingAndSaysNothing)
     EXPECT_EQ(out.take(), "");
     EXPECT_EQ(font.numFonts, 0);
     EXPECT_EQ(font.fonts[0].base, 0u);
-    EXPECT_EQ(font.fonts[0].widths['H'], 0);
+    EXPECT_EQ(font.fonts[0].widths[code('H')], 0);
     EXPECT_FALSE(font.shadow);
 }
 
@@ -522,7 +522,7 @@ TEST_F(LGLFontGrid, WriteAtPutsTextOnTheCharacterGridInWindowCoordinates)
     // Column 3 of a 13-pixel font: trunc(39 * 0.4) = 15; row 2: 26.
     EXPECT_NEAR(a[0].x, 15.0f, 1e-3);
     EXPECT_NEAR(a[0].y, 26.0f, 1e-3);
-    EXPECT_NEAR(a[1].x, 15.0f + font.fonts[0].widths['H'], 1e-3);
+    EXPECT_NEAR(a[1].x, 15.0f + font.fonts[0].widths[code('H')], 1e-3);
     // Column 7: trunc(91 * 0.4) = trunc(36.4) = 36; row 5: 65.
     EXPECT_NEAR(b[0].x, 36.0f, 1e-3);
     EXPECT_NEAR(b[0].y, 65.0f, 1e-3);
@@ -596,9 +596,9 @@ TEST_F(LGLFontGrid, PixWidthOfIsTheSumOfTheCurrentFontsWidths)
     LGLFont font;
     font.create(nullptr, "Arial", 16, 0, 0);
     const LGLFont::GLGLFont& f = font.fonts[0];
-    EXPECT_EQ(font.pixWidthOf("Hello, World"), 2 * f.widths['l'] + f.widths['H'] + f.widths['e'] + f.widths['l'] +
-                                                   2 * f.widths['o'] + f.widths[','] + f.widths[' '] +
-                                                   f.widths['W'] + f.widths['r'] + f.widths['d']);
+    EXPECT_EQ(font.pixWidthOf("Hello, World"), 2 * f.widths[code('l')] + f.widths[code('H')] + f.widths[code('e')] + f.widths[code('l')] +
+                                                   2 * f.widths[code('o')] + f.widths[code(',')] + f.widths[code(' ')] +
+                                                   f.widths[code('W')] + f.widths[code('r')] + f.widths[code('d')]);
     // Arial's H is 1479 of 2048 units wide; a 16-pixel cell is a 14-pixel em: round(10.1) = 10.
     EXPECT_EQ(font.pixWidthOf("H"), 10);
 }
@@ -631,7 +631,7 @@ TEST_F(LGLFontGrid, UpperHalfCodesAreMeasuredByTheirOwnWidths)
     font.create(nullptr, "Arial", 16, 0, 0);
     const LGLFont::GLGLFont& f = font.fonts[0];
     const std::string text = "\xC9t\xE9 \x80\xFC\xA9";
-    const int expected = f.widths[0xC9] + f.widths['t'] + f.widths[0xE9] + f.widths[' '] + f.widths[0x80] +
+    const int expected = f.widths[0xC9] + f.widths[code('t')] + f.widths[0xE9] + f.widths[code(' ')] + f.widths[0x80] +
                          f.widths[0xFC] + f.widths[0xA9];
     EXPECT_EQ(font.pixWidthOf(text), expected);
     // Drawn left-aligned the text advances exactly that far; right-aligned it ends where it began.
@@ -660,7 +660,7 @@ TEST_F(LGLFontGrid, WriteBufferWritesEachLineOnTheNextGridRow)
     EXPECT_NEAR(tokens[3].y, 26.0f, 1e-3);
     EXPECT_NEAR(tokens[6].x, 5.0f, 1e-3);
     EXPECT_NEAR(tokens[6].y, 39.0f, 1e-3);
-    EXPECT_NEAR(tokens[7].x, 5.0f + font.fonts[0].widths['t'], 1e-3);
+    EXPECT_NEAR(tokens[7].x, 5.0f + font.fonts[0].widths[code('t')], 1e-3);
 }
 
 TEST_F(LGLFontGrid, PushKeepsACopyInTheBufferSharedByAllFonts)
@@ -684,7 +684,10 @@ TEST_F(LGLFontGrid, WritesWithoutAFontUseTheEmptyFirstRecord)
 {
     LGLFont font;
     EXPECT_EQ(font.pixWidthOf("anything"), 0);
-    // List base 0 names no lists: nothing is drawn and nothing fails.
+    // With list base 0 the bytes themselves are the list names; none of these is a list here, so
+    // nothing is drawn and nothing fails.
+    for (char c : std::string("abc"))
+        ASSERT_FALSE(glIsList(static_cast<GLuint>(code(c))));
     EXPECT_TRUE(recordFeedback([&] {
                     rasterAt(100, 100);
                     font.write("abc");

@@ -17,6 +17,12 @@ namespace font_test {
 using ostrum_test::FeedbackItem;
 using ostrum_test::FeedbackVertex;
 
+// A character as an index into a width table.
+constexpr int code(char c)
+{
+    return static_cast<unsigned char>(c);
+}
+
 constexpr int kWindowWidth = ostrum_test::GLTestWindow::kWidth;
 constexpr int kWindowHeight = ostrum_test::GLTestWindow::kHeight;
 

@@ -29,6 +29,7 @@
 //  - create with a null face name asks for the system's default face (as an empty name does). When
 //    not a single font can be found on the system the font is still added, with empty lists and zero
 //    widths, and "** WARNING LGLFont::create> no font face found for "<name>" (LGLFont.cpp)" is written.
+//  - A null text draws nothing, like an empty one.
 //  - Indexes into fonts are not checked beyond what selectFont does: currentFont set directly to a
 //    value outside 0..9 is the game's error.
 #pragma once
@@ -105,6 +106,11 @@ public:
     void writeAt_rp(int x, int y, const std::string& text);
     // Convenience: the coloured write for a std::string.
     void writeAt_rp(int x, int y, const std::string& text, float r, float g, float b);
+    // A line of columns: a tab or a slash starts a new column. Each column starts at the previous
+    // column's start plus the first tab stop at or past the width of all columns so far (that width
+    // itself past the last stop). The steps compound on purpose: with stops 40 apart, a first column
+    // 30 pixels wide puts the second at x + 40, and a second 35 wide puts the third at x + 40 + 80.
+    // With tabLines set, a grey dotted leader joins each column to the next.
     void writeAt_rp_tab(int x, int y, const std::string& text, float r, float g, float b);
     void writeAt_rp_tab(int x, int y, const std::string& text);
     void writeLine_rp_tab(const std::string& text);
