@@ -16,7 +16,13 @@
 //                  "symbol" -> Standard Symbols PS, OpenSymbol, DejaVu Sans.
 //  height          as the desktop call reads it: a positive height is the cell height in pixels (the
 //                  face's Windows ascent plus descent, usWinAscent + usWinDescent, scaled to it); a
-//                  negative one is the em height in pixels; 0 means a cell of 16 pixels.
+//                  negative one is the em height in pixels; 0 means a cell of 16 pixels. The em
+//                  is rounded to whole pixels, as the desktop rasteriser works, and kept between 1
+//                  and 512 pixels.
+//  widths          each code's advance is the face's design advance at that em, rounded to whole
+//                  pixels (monochrome hinting would move some advances by a pixel away from the
+//                  metrics the stand-in faces share with the desktop's), plus what synthetic bold
+//                  adds.
 //  weight          the desktop scale 1..1000 (400 normal, 700 bold); 0, or anything below 1, is the
 //                  normal weight and values above 1000 count as 1000. A bold request that matches only
 //                  a lighter face is emboldened by FreeType, and an italic request that matches only an
