@@ -9,3 +9,4 @@
 #include <ostrum_gl/frame/LGLApp.h>
 #include <ostrum_gl/frame/LGLFrustum.h>
 #include <ostrum_gl/frame/Quaternion.h>
+#include <ostrum_gl/interface/LGLFont.h>
