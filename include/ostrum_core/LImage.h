@@ -77,9 +77,9 @@ struct tImageBMP {
 class LImage {
 public:
     // Widest and highest image any loader accepts.
-    static const int MaxImageSide = 16384;
+    static constexpr int MaxImageSide = 16384;
     // Largest file any loader reads: a 32-bit image of the largest size plus ample room for headers.
-    static const size_t MaxFileBytes = static_cast<size_t>(MaxImageSide) * MaxImageSide * 4 + (64u << 20);
+    static constexpr size_t MaxFileBytes = static_cast<size_t>(MaxImageSide) * MaxImageSide * 4 + (64u << 20);
 
     // Decodes a JPEG file; null on failure.
     static tImageJPG* LoadJPG(const char* path, int& channels);
