@@ -65,31 +65,31 @@ std::string picture(const tImageBMP& image)
 }
 
 // A 4 x 2 eight-bit bitmap of four colours, every pixel its own index (row 0 = 0 1 2 3, row 1 = 3 2 1 0).
-BmpSpec fourColourSpec()
+BmpPlan fourColourPlan()
 {
-    BmpSpec spec;
-    spec.width = 4;
-    spec.height = 2;
-    spec.bpp = 8;
-    spec.clrUsed = 4;
-    spec.palette = {{10, 20, 30}, {40, 50, 60}, {70, 80, 90}, {100, 110, 120}};
-    spec.pixels = bytes({0, 1, 2, 3, 3, 2, 1, 0});
-    return spec;
+    BmpPlan plan;
+    plan.width = 4;
+    plan.height = 2;
+    plan.bpp = 8;
+    plan.clrUsed = 4;
+    plan.palette = {{10, 20, 30}, {40, 50, 60}, {70, 80, 90}, {100, 110, 120}};
+    plan.pixels = bytes({0, 1, 2, 3, 3, 2, 1, 0});
+    return plan;
 }
 
 // An RLE8 bitmap of the given size over a four-colour palette.
-BmpSpec rle8Spec(int width, int height, const std::string& data)
+BmpPlan rle8Plan(int width, int height, const std::string& data)
 {
-    BmpSpec spec;
-    spec.width = width;
-    spec.height = height;
-    spec.bpp = 8;
-    spec.compression = BI_RLE8;
-    spec.clrUsed = 4;
-    spec.palette = {{1, 2, 3}, {40, 50, 60}, {70, 80, 90}, {100, 110, 120}};
-    spec.pixels = data;
-    spec.sizeImage = static_cast<uint32_t>(data.size());
-    return spec;
+    BmpPlan plan;
+    plan.width = width;
+    plan.height = height;
+    plan.bpp = 8;
+    plan.compression = BI_RLE8;
+    plan.clrUsed = 4;
+    plan.palette = {{1, 2, 3}, {40, 50, 60}, {70, 80, 90}, {100, 110, 120}};
+    plan.pixels = data;
+    plan.sizeImage = static_cast<uint32_t>(data.size());
+    return plan;
 }
 
 }  // namespace
@@ -251,7 +251,7 @@ TEST(LImageLoadBMP, MissingFileAndNullPathGiveNull)
 TEST(LImageLoadBMP, NameIsResolvedWithoutRegardToCase)
 {
     std::string dir = ostrum_test::makeTempDir();
-    ostrum_test::writeFile(dir + "/Wall.BMP", makeBmp(fourColourSpec()));
+    ostrum_test::writeFile(dir + "/Wall.BMP", makeBmp(fourColourPlan()));
     BmpPtr image(LImage::LoadBMP((dir + "/wall.bmp").c_str()));
     ASSERT_TRUE(image);
     EXPECT_EQ(image->sizeX, 4);
@@ -269,7 +269,7 @@ TEST(LImageLoadBMP, LoaderPrintsNothing)
 
 TEST(LImageLoadBMP, EightBitRowsComeBottomFirstAsStored)
 {
-    BmpPtr image = loadBytes(makeBmp(fourColourSpec()));
+    BmpPtr image = loadBytes(makeBmp(fourColourPlan()));
     ASSERT_TRUE(image);
     EXPECT_EQ(image->sizeX, 4);
     EXPECT_EQ(image->sizeY, 2);
@@ -279,9 +279,9 @@ TEST(LImageLoadBMP, EightBitRowsComeBottomFirstAsStored)
 
 TEST(LImageLoadBMP, TopDownRowsAreReorderedBottomFirst)
 {
-    BmpSpec spec = fourColourSpec();
-    spec.height = -2;
-    BmpPtr image = loadBytes(makeBmp(spec));
+    BmpPlan plan = fourColourPlan();
+    plan.height = -2;
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
     EXPECT_EQ(image->sizeY, 2);
     // The file's first row is now the top one.
@@ -291,13 +291,13 @@ TEST(LImageLoadBMP, TopDownRowsAreReorderedBottomFirst)
 
 TEST(LImageLoadBMP, OneBitPixelsTakeTheHighBitFirst)
 {
-    BmpSpec spec;
-    spec.width = 10;
-    spec.height = 1;
-    spec.bpp = 1;
-    spec.palette = {{0, 0, 0}, {255, 255, 255}};
-    spec.pixels = padRow(bytes({0xA5, 0x40}));  // 1010 0101 01
-    BmpPtr image = loadBytes(makeBmp(spec));
+    BmpPlan plan;
+    plan.width = 10;
+    plan.height = 1;
+    plan.bpp = 1;
+    plan.palette = {{0, 0, 0}, {255, 255, 255}};
+    plan.pixels = padRow(bytes({0xA5, 0x40}));  // 1010 0101 01
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
     const int expected[10] = {1, 0, 1, 0, 0, 1, 0, 1, 0, 1};
     for (int x = 0; x < 10; ++x)
@@ -306,40 +306,40 @@ TEST(LImageLoadBMP, OneBitPixelsTakeTheHighBitFirst)
 
 TEST(LImageLoadBMP, TwoBitPixelsTakeTheHighPairFirst)
 {
-    BmpSpec spec;
-    spec.width = 5;
-    spec.bpp = 2;
-    spec.palette = {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {3, 3, 3}};
-    spec.pixels = padRow(bytes({0x1B, 0x80}));  // 00 01 10 11 | 10
-    BmpPtr image = loadBytes(makeBmp(spec));
+    BmpPlan plan;
+    plan.width = 5;
+    plan.bpp = 2;
+    plan.palette = {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {3, 3, 3}};
+    plan.pixels = padRow(bytes({0x1B, 0x80}));  // 00 01 10 11 | 10
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
     EXPECT_EQ(picture(*image), bytes({0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 2, 2, 2}));
 }
 
 TEST(LImageLoadBMP, FourBitPixelsTakeTheHighNibbleFirst)
 {
-    BmpSpec spec;
-    spec.width = 3;
-    spec.bpp = 4;
-    spec.clrUsed = 3;
-    spec.palette = {{9, 9, 9}, {10, 11, 12}, {200, 201, 202}};
-    spec.pixels = padRow(bytes({0x21, 0x00}));
-    BmpPtr image = loadBytes(makeBmp(spec));
+    BmpPlan plan;
+    plan.width = 3;
+    plan.bpp = 4;
+    plan.clrUsed = 3;
+    plan.palette = {{9, 9, 9}, {10, 11, 12}, {200, 201, 202}};
+    plan.pixels = padRow(bytes({0x21, 0x00}));
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
     EXPECT_EQ(picture(*image), bytes({200, 201, 202, 10, 11, 12, 9, 9, 9}));
 }
 
 TEST(LImageLoadBMP, SixteenBitPlainPixelsAre555)
 {
-    BmpSpec spec;
-    spec.width = 3;
-    spec.bpp = 16;
+    BmpPlan plan;
+    plan.width = 3;
+    plan.bpp = 16;
     std::string row;
     put16(row, 0x7C00);  // red 31
     put16(row, 0x0200);  // green 16
     put16(row, 0x0001);  // blue 1
-    spec.pixels = padRow(row);
-    BmpPtr image = loadBytes(makeBmp(spec));
+    plan.pixels = padRow(row);
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
     int green16 = (16 * 255 + 15) / 31;
     int blue1 = (1 * 255 + 15) / 31;
@@ -348,124 +348,124 @@ TEST(LImageLoadBMP, SixteenBitPlainPixelsAre555)
 
 TEST(LImageLoadBMP, SixteenBitFieldsAfterA40ByteHeaderGive565)
 {
-    BmpSpec spec;
-    spec.width = 2;
-    spec.bpp = 16;
-    spec.compression = BI_BITFIELDS;
-    spec.masks = {0xF800, 0x07E0, 0x001F};
+    BmpPlan plan;
+    plan.width = 2;
+    plan.bpp = 16;
+    plan.compression = BI_BITFIELDS;
+    plan.masks = {0xF800, 0x07E0, 0x001F};
     std::string row;
     put16(row, 0x07E0);          // green 63
     put16(row, (10u << 11) | 20);  // red 10, blue 20
-    spec.pixels = padRow(row);
-    BmpPtr image = loadBytes(makeBmp(spec));
+    plan.pixels = padRow(row);
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
     EXPECT_EQ(picture(*image), bytes({0, 255, 0, (10 * 255 + 15) / 31, 0, (20 * 255 + 15) / 31}));
 }
 
 TEST(LImageLoadBMP, BitFieldsInsideAV4HeaderAreRead)
 {
-    BmpSpec spec;
-    spec.width = 1;
-    spec.bpp = 16;
-    spec.infoSize = 108;
-    spec.compression = BI_BITFIELDS;
-    spec.masks = {0x001F, 0x03E0, 0x7C00, 0};  // blue and red swapped on purpose
+    BmpPlan plan;
+    plan.width = 1;
+    plan.bpp = 16;
+    plan.infoSize = 108;
+    plan.compression = BI_BITFIELDS;
+    plan.masks = {0x001F, 0x03E0, 0x7C00, 0};  // blue and red swapped on purpose
     std::string row;
     put16(row, 0x001F);
-    spec.pixels = padRow(row);
-    BmpPtr image = loadBytes(makeBmp(spec));
+    plan.pixels = padRow(row);
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
     EXPECT_EQ(picture(*image), bytes({255, 0, 0}));
 }
 
 TEST(LImageLoadBMP, ThirtyTwoBitFieldsOfTenBitsAreScaledTo255)
 {
-    BmpSpec spec;
-    spec.width = 2;
-    spec.bpp = 32;
-    spec.compression = BI_BITFIELDS;
-    spec.masks = {0x3FF00000, 0x000FFC00, 0x000003FF};
+    BmpPlan plan;
+    plan.width = 2;
+    plan.bpp = 32;
+    plan.compression = BI_BITFIELDS;
+    plan.masks = {0x3FF00000, 0x000FFC00, 0x000003FF};
     std::string row;
     put32(row, (1023u << 20) | (512u << 10) | 0);
     put32(row, (0u << 20) | (1u << 10) | 1022u);
-    spec.pixels = row;
-    BmpPtr image = loadBytes(makeBmp(spec));
+    plan.pixels = row;
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
     EXPECT_EQ(picture(*image), bytes({255, (512 * 255 + 511) / 1023, 0, 0, (255 + 511) / 1023, (1022 * 255 + 511) / 1023}));
 }
 
 TEST(LImageLoadBMP, ThirtyTwoBitPlainPixelsDropTheirFourthByte)
 {
-    BmpSpec spec;
-    spec.width = 1;
-    spec.bpp = 32;
-    spec.pixels = bytes({30, 20, 10, 99});
-    BmpPtr image = loadBytes(makeBmp(spec));
+    BmpPlan plan;
+    plan.width = 1;
+    plan.bpp = 32;
+    plan.pixels = bytes({30, 20, 10, 99});
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
     EXPECT_EQ(picture(*image), bytes({10, 20, 30}));
 }
 
 TEST(LImageLoadBMP, AlphaBitFieldsAreReadWithoutTheAlpha)
 {
-    BmpSpec spec;
-    spec.width = 1;
-    spec.bpp = 32;
-    spec.compression = 6;
-    spec.masks = {0x000000FF, 0x0000FF00, 0x00FF0000, 0xFF000000};
-    spec.pixels = bytes({1, 2, 3, 4});
-    BmpPtr image = loadBytes(makeBmp(spec));
+    BmpPlan plan;
+    plan.width = 1;
+    plan.bpp = 32;
+    plan.compression = 6;
+    plan.masks = {0x000000FF, 0x0000FF00, 0x00FF0000, 0xFF000000};
+    plan.pixels = bytes({1, 2, 3, 4});
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
     EXPECT_EQ(picture(*image), bytes({1, 2, 3}));
 }
 
 TEST(LImageLoadBMP, BrokenBitFieldMasksGiveNull)
 {
-    BmpSpec spec;
-    spec.width = 1;
-    spec.bpp = 16;
-    spec.compression = BI_BITFIELDS;
-    spec.pixels = padRow(bytes({0, 0}));
-    spec.masks = {0xF00F, 0x07E0, 0x001F};  // red in two pieces
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
-    spec.masks = {0x1F800, 0x07E0, 0x001F};  // red past the 16 bits of a pixel
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
-    spec.masks = {0xF800, 0x07E0};  // masks cut off by the end of the file
-    spec.pixels.clear();
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
+    BmpPlan plan;
+    plan.width = 1;
+    plan.bpp = 16;
+    plan.compression = BI_BITFIELDS;
+    plan.pixels = padRow(bytes({0, 0}));
+    plan.masks = {0xF00F, 0x07E0, 0x001F};  // red in two pieces
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
+    plan.masks = {0x1F800, 0x07E0, 0x001F};  // red past the 16 bits of a pixel
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
+    plan.masks = {0xF800, 0x07E0};  // masks cut off by the end of the file
+    plan.pixels.clear();
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
 }
 
 TEST(LImageLoadBMP, Os2CoreHeaderWithThreeBytePaletteIsRead)
 {
-    BmpSpec spec = fourColourSpec();
-    spec.infoSize = 12;
-    spec.bpp = 8;
+    BmpPlan plan = fourColourPlan();
+    plan.infoSize = 12;
+    plan.bpp = 8;
     // A core header has no palette size: the palette runs up to the pixels (4 entries here).
-    BmpPtr image = loadBytes(makeBmp(spec));
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
-    BmpPtr windows = loadBytes(makeBmp(fourColourSpec()));
+    BmpPtr windows = loadBytes(makeBmp(fourColourPlan()));
     ASSERT_TRUE(windows);
     expectSamePicture(*windows, *image);
 }
 
 TEST(LImageLoadBMP, Os2CoreHeaderWithoutRoomForAPaletteGivesNull)
 {
-    BmpSpec spec = fourColourSpec();
-    spec.infoSize = 12;
-    spec.palette.clear();
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
+    BmpPlan plan = fourColourPlan();
+    plan.infoSize = 12;
+    plan.palette.clear();
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
 }
 
 TEST(LImageLoadBMP, Os2Version2HeaderIsRead)
 {
-    BmpSpec spec = fourColourSpec();
-    spec.infoSize = 64;
-    BmpPtr image = loadBytes(makeBmp(spec));
+    BmpPlan plan = fourColourPlan();
+    plan.infoSize = 64;
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
     EXPECT_EQ(pixelOf(image->data, 4, 3, 0), (Rgb{100, 110, 120}));
     // Its compression 3 is Huffman coding, not bit fields.
-    spec.compression = 3;
-    spec.bpp = 1;
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
+    plan.compression = 3;
+    plan.bpp = 1;
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
 }
 
 // ---------------------------------------------------------------- RLE
@@ -475,7 +475,7 @@ TEST(LImageLoadBMP, Rle8RunsEndOfLineDeltaAndEndOfBitmap)
     std::string data = bytes({3, 1, 0, 3, 2, 3, 1, 0, 0, 0,  // row 0: run 1 1 1, absolute 2 3 1 (padded), end of line
                               0, 2, 2, 0, 2, 3, 0, 0,        // row 1: delta 2 right, run 3 3, end of line
                               0, 1});                        // end of bitmap: row 2 is never drawn
-    BmpPtr image = loadBytes(makeBmp(rle8Spec(6, 3, data)));
+    BmpPtr image = loadBytes(makeBmp(rle8Plan(6, 3, data)));
     ASSERT_TRUE(image);
     const Rgb c0{1, 2, 3}, c1{40, 50, 60}, c2{70, 80, 90}, c3{100, 110, 120};
     const Rgb row0[6] = {c1, c1, c1, c2, c3, c1};
@@ -491,10 +491,10 @@ TEST(LImageLoadBMP, Rle4RunsAlternateTheirTwoNibbles)
 {
     // A run of 5 of 0x12 gives 1 2 1 2 1; an absolute run of 5 nibbles (3 bytes, padded to 4) gives
     // 3 0 2 1 3.
-    BmpSpec spec = rle8Spec(10, 1, bytes({5, 0x12, 0, 5, 0x30, 0x21, 0x30, 0x00, 0, 1}));
-    spec.bpp = 4;
-    spec.compression = BI_RLE4;
-    BmpPtr image = loadBytes(makeBmp(spec));
+    BmpPlan plan = rle8Plan(10, 1, bytes({5, 0x12, 0, 5, 0x30, 0x21, 0x30, 0x00, 0, 1}));
+    plan.bpp = 4;
+    plan.compression = BI_RLE4;
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
     const int expected[10] = {1, 2, 1, 2, 1, 3, 0, 2, 1, 3};
     const Rgb colours[4] = {{1, 2, 3}, {40, 50, 60}, {70, 80, 90}, {100, 110, 120}};
@@ -504,103 +504,103 @@ TEST(LImageLoadBMP, Rle4RunsAlternateTheirTwoNibbles)
 
 TEST(LImageLoadBMP, RleDataMayEndAfterTheLastRowWithoutItsEndCode)
 {
-    EXPECT_TRUE(loadBytes(makeBmp(rle8Spec(2, 2, bytes({2, 1, 0, 0, 2, 3, 0, 0})))));
+    EXPECT_TRUE(loadBytes(makeBmp(rle8Plan(2, 2, bytes({2, 1, 0, 0, 2, 3, 0, 0})))));
 }
 
 TEST(LImageLoadBMP, RleDataEndingBeforeTheLastRowGivesNull)
 {
-    EXPECT_FALSE(loadBytes(makeBmp(rle8Spec(2, 2, bytes({2, 1, 0, 0})))));
+    EXPECT_FALSE(loadBytes(makeBmp(rle8Plan(2, 2, bytes({2, 1, 0, 0})))));
     // An absolute run cut off by the end of the file.
-    EXPECT_FALSE(loadBytes(makeBmp(rle8Spec(4, 1, bytes({0, 4, 1, 2})))));
+    EXPECT_FALSE(loadBytes(makeBmp(rle8Plan(4, 1, bytes({0, 4, 1, 2})))));
     // A delta cut off after its escape.
-    EXPECT_FALSE(loadBytes(makeBmp(rle8Spec(4, 1, bytes({0, 2})))));
+    EXPECT_FALSE(loadBytes(makeBmp(rle8Plan(4, 1, bytes({0, 2})))));
 }
 
 TEST(LImageLoadBMP, RleRunPastTheEndOfItsRowGivesNull)
 {
-    EXPECT_FALSE(loadBytes(makeBmp(rle8Spec(4, 2, bytes({5, 1, 0, 1})))));
-    EXPECT_FALSE(loadBytes(makeBmp(rle8Spec(4, 2, bytes({2, 1, 0, 3, 1, 1, 1, 0, 0, 1})))));
+    EXPECT_FALSE(loadBytes(makeBmp(rle8Plan(4, 2, bytes({5, 1, 0, 1})))));
+    EXPECT_FALSE(loadBytes(makeBmp(rle8Plan(4, 2, bytes({2, 1, 0, 3, 1, 1, 1, 0, 0, 1})))));
     // A full row followed by one more pixel on the same row.
-    EXPECT_FALSE(loadBytes(makeBmp(rle8Spec(4, 2, bytes({4, 1, 1, 2, 0, 1})))));
+    EXPECT_FALSE(loadBytes(makeBmp(rle8Plan(4, 2, bytes({4, 1, 1, 2, 0, 1})))));
 }
 
 TEST(LImageLoadBMP, RleRowsPastTheEndOfTheImageGiveNull)
 {
-    EXPECT_FALSE(loadBytes(makeBmp(rle8Spec(1, 1, bytes({1, 1, 0, 0, 0, 0, 1, 1, 0, 1})))));
-    EXPECT_FALSE(loadBytes(makeBmp(rle8Spec(2, 2, bytes({0, 2, 0, 3, 0, 1})))));   // delta below the image
-    EXPECT_FALSE(loadBytes(makeBmp(rle8Spec(2, 2, bytes({0, 2, 3, 0, 0, 1})))));   // delta right of the image
+    EXPECT_FALSE(loadBytes(makeBmp(rle8Plan(1, 1, bytes({1, 1, 0, 0, 0, 0, 1, 1, 0, 1})))));
+    EXPECT_FALSE(loadBytes(makeBmp(rle8Plan(2, 2, bytes({0, 2, 0, 3, 0, 1})))));   // delta below the image
+    EXPECT_FALSE(loadBytes(makeBmp(rle8Plan(2, 2, bytes({0, 2, 3, 0, 0, 1})))));   // delta right of the image
     // A delta to the very end is fine when nothing more is drawn.
-    EXPECT_TRUE(loadBytes(makeBmp(rle8Spec(2, 2, bytes({0, 2, 0, 2, 0, 1})))));
+    EXPECT_TRUE(loadBytes(makeBmp(rle8Plan(2, 2, bytes({0, 2, 0, 2, 0, 1})))));
 }
 
 TEST(LImageLoadBMP, RleIndexPastThePaletteGivesNull)
 {
-    EXPECT_FALSE(loadBytes(makeBmp(rle8Spec(2, 1, bytes({2, 4, 0, 1})))));
+    EXPECT_FALSE(loadBytes(makeBmp(rle8Plan(2, 1, bytes({2, 4, 0, 1})))));
 }
 
 TEST(LImageLoadBMP, TopDownRleFileGivesNull)
 {
-    EXPECT_FALSE(loadBytes(makeBmp(rle8Spec(2, -1, bytes({2, 1, 0, 1})))));
+    EXPECT_FALSE(loadBytes(makeBmp(rle8Plan(2, -1, bytes({2, 1, 0, 1})))));
 }
 
 // ---------------------------------------------------------------- hostile headers
 
 TEST(LImageLoadBMP, ZeroWidthOrHeightGivesNull)
 {
-    BmpSpec spec = fourColourSpec();
-    spec.width = 0;
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
-    spec = fourColourSpec();
-    spec.height = 0;
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
-    spec = fourColourSpec();
-    spec.width = -4;
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
+    BmpPlan plan = fourColourPlan();
+    plan.width = 0;
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
+    plan = fourColourPlan();
+    plan.height = 0;
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
+    plan = fourColourPlan();
+    plan.width = -4;
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
 }
 
 TEST(LImageLoadBMP, SidesUpTo16384AreAcceptedAndLargerOnesRefused)
 {
-    BmpSpec spec;
-    spec.bpp = 8;
-    spec.clrUsed = 1;
-    spec.palette = {{5, 6, 7}};
-    spec.width = 16384;
-    spec.height = 1;
-    spec.pixels = std::string(16384, '\0');
-    BmpPtr wide = loadBytes(makeBmp(spec));
+    BmpPlan plan;
+    plan.bpp = 8;
+    plan.clrUsed = 1;
+    plan.palette = {{5, 6, 7}};
+    plan.width = 16384;
+    plan.height = 1;
+    plan.pixels = std::string(16384, '\0');
+    BmpPtr wide = loadBytes(makeBmp(plan));
     ASSERT_TRUE(wide);
     EXPECT_EQ(pixelOf(wide->data, 16384, 16383, 0), (Rgb{5, 6, 7}));
-    spec.width = 16385;
-    spec.pixels = std::string(16388, '\0');
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
-    spec.width = 1;
-    spec.height = 16384;
-    spec.pixels = std::string(16384 * 4, '\0');
-    EXPECT_TRUE(loadBytes(makeBmp(spec)));
-    spec.height = 16385;
-    spec.pixels = std::string(16385 * 4, '\0');
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
-    spec.height = -16385;
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
-    spec.height = INT_MIN;
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
+    plan.width = 16385;
+    plan.pixels = std::string(16388, '\0');
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
+    plan.width = 1;
+    plan.height = 16384;
+    plan.pixels = std::string(16384 * 4, '\0');
+    EXPECT_TRUE(loadBytes(makeBmp(plan)));
+    plan.height = 16385;
+    plan.pixels = std::string(16385 * 4, '\0');
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
+    plan.height = -16385;
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
+    plan.height = INT_MIN;
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
 }
 
 TEST(LImageLoadBMP, HugeDeclaredSizeWithLittleDataGivesNull)
 {
-    BmpSpec spec;
-    spec.bpp = 32;
-    spec.width = 16384;
-    spec.height = 16384;
-    spec.pixels = std::string(64, '\0');
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
-    spec.height = -16384;
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
+    BmpPlan plan;
+    plan.bpp = 32;
+    plan.width = 16384;
+    plan.height = 16384;
+    plan.pixels = std::string(64, '\0');
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
+    plan.height = -16384;
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
 }
 
 TEST(LImageLoadBMP, SmallerLimitOfTheMemoryEntryIsHonoured)
 {
-    std::string file = makeBmp(fourColourSpec());
+    std::string file = makeBmp(fourColourPlan());
     EXPECT_TRUE(BmpPtr(LImage::LoadBMPFromMemory(bytesOf(file), file.size(), 4)));
     EXPECT_FALSE(BmpPtr(LImage::LoadBMPFromMemory(bytesOf(file), file.size(), 3)));
 }
@@ -608,30 +608,30 @@ TEST(LImageLoadBMP, SmallerLimitOfTheMemoryEntryIsHonoured)
 TEST(LImageLoadBMP, UnsupportedDepthOrCompressionGivesNull)
 {
     for (int bpp : {0, 3, 5, 12, 48, 64}) {
-        BmpSpec spec = fourColourSpec();
-        spec.bpp = static_cast<uint16_t>(bpp);
-        EXPECT_FALSE(loadBytes(makeBmp(spec))) << bpp;
+        BmpPlan plan = fourColourPlan();
+        plan.bpp = static_cast<uint16_t>(bpp);
+        EXPECT_FALSE(loadBytes(makeBmp(plan))) << bpp;
     }
     for (uint32_t compression : {4u, 5u, 7u, 0xFFFFFFFFu}) {
-        BmpSpec spec = fourColourSpec();
-        spec.compression = compression;
-        EXPECT_FALSE(loadBytes(makeBmp(spec))) << compression;
+        BmpPlan plan = fourColourPlan();
+        plan.compression = compression;
+        EXPECT_FALSE(loadBytes(makeBmp(plan))) << compression;
     }
     // RLE8 with 4-bit pixels, bit fields with 24-bit pixels.
-    BmpSpec spec = fourColourSpec();
-    spec.bpp = 4;
-    spec.compression = BI_RLE8;
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
-    spec = BmpSpec();
-    spec.compression = BI_BITFIELDS;
-    spec.masks = {0xFF0000, 0xFF00, 0xFF};
-    spec.pixels = padRow("abc");
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
+    BmpPlan plan = fourColourPlan();
+    plan.bpp = 4;
+    plan.compression = BI_RLE8;
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
+    plan = BmpPlan();
+    plan.compression = BI_BITFIELDS;
+    plan.masks = {0xFF0000, 0xFF00, 0xFF};
+    plan.pixels = padRow("abc");
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
 }
 
 TEST(LImageLoadBMP, WrongSignatureOrHeaderSizeGivesNull)
 {
-    std::string file = makeBmp(fourColourSpec());
+    std::string file = makeBmp(fourColourPlan());
     std::string other = file;
     other[0] = 'X';
     EXPECT_FALSE(loadBytes(other));
@@ -644,47 +644,47 @@ TEST(LImageLoadBMP, WrongSignatureOrHeaderSizeGivesNull)
 
 TEST(LImageLoadBMP, PixelOffsetPastTheFileOrInsideThePaletteGivesNull)
 {
-    BmpSpec spec = fourColourSpec();
-    spec.offBits = 100000;
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
-    spec.offBits = 14 + 40 + 8;  // two palette entries into a four-entry palette
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
-    spec.offBits = 0xFFFFFFFF;
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
+    BmpPlan plan = fourColourPlan();
+    plan.offBits = 100000;
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
+    plan.offBits = 14 + 40 + 8;  // two palette entries into a four-entry palette
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
+    plan.offBits = 0xFFFFFFFF;
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
 }
 
 TEST(LImageLoadBMP, PixelOffsetBeyondThePaletteSkipsTheGap)
 {
-    BmpSpec spec = fourColourSpec();
-    spec.pixels = std::string(6, '\x7F') + spec.pixels;  // six bytes of filler before the pixels
-    spec.offBits = 14 + 40 + 16 + 6;
-    BmpPtr image = loadBytes(makeBmp(spec));
+    BmpPlan plan = fourColourPlan();
+    plan.pixels = std::string(6, '\x7F') + plan.pixels;  // six bytes of filler before the pixels
+    plan.offBits = 14 + 40 + 16 + 6;
+    BmpPtr image = loadBytes(makeBmp(plan));
     ASSERT_TRUE(image);
-    BmpPtr plain = loadBytes(makeBmp(fourColourSpec()));
+    BmpPtr plain = loadBytes(makeBmp(fourColourPlan()));
     expectSamePicture(*plain, *image);
 }
 
 TEST(LImageLoadBMP, PaletteTooShortGivesNull)
 {
     // 200 colours promised, the file ends after 4 of them.
-    BmpSpec spec = fourColourSpec();
-    spec.clrUsed = 200;
-    spec.pixels.clear();
-    spec.offBits = 14 + 40 + 16;
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
+    BmpPlan plan = fourColourPlan();
+    plan.clrUsed = 200;
+    plan.pixels.clear();
+    plan.offBits = 14 + 40 + 16;
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
     // A 24-bit file promising more than 256 table entries.
-    spec = BmpSpec();
-    spec.clrUsed = 257;
-    spec.pixels = padRow("abc");
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
+    plan = BmpPlan();
+    plan.clrUsed = 257;
+    plan.pixels = padRow("abc");
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
 }
 
 TEST(LImageLoadBMP, PaletteIndexPastASmallPaletteGivesNull)
 {
-    BmpSpec spec = fourColourSpec();
-    spec.clrUsed = 3;
-    spec.palette.resize(3);  // index 3 of the pixels now has no colour
-    EXPECT_FALSE(loadBytes(makeBmp(spec)));
+    BmpPlan plan = fourColourPlan();
+    plan.clrUsed = 3;
+    plan.palette.resize(3);  // index 3 of the pixels now has no colour
+    EXPECT_FALSE(loadBytes(makeBmp(plan)));
 }
 
 TEST(LImageLoadBMP, EveryTruncationOfAFileGivesNull)

@@ -207,17 +207,17 @@ TEST(LImageLoadDIBitmap, RleBlockWithoutSizeRunsToTheEndOfTheFile)
 
 TEST(LImageLoadDIBitmap, SizeClaimBeyondTheFileIsCutToTheRows)
 {
-    BmpSpec spec;
-    spec.width = 2;
-    spec.height = 2;
-    spec.bpp = 24;
-    spec.sizeImage = 4096;
-    spec.pixels = padRow("abcdef") + padRow("ghijkl");
+    BmpPlan plan;
+    plan.width = 2;
+    plan.height = 2;
+    plan.bpp = 24;
+    plan.sizeImage = 4096;
+    plan.pixels = padRow("abcdef") + padRow("ghijkl");
     Dib dib;
-    loadBytes(makeBmp(spec), dib);
+    loadBytes(makeBmp(plan), dib);
     ASSERT_TRUE(dib);
     EXPECT_EQ(dib.info->bmiHeader.biSizeImage, 16u);
-    EXPECT_EQ(dib.block(), spec.pixels);
+    EXPECT_EQ(dib.block(), plan.pixels);
 }
 
 TEST(LImageLoadDIBitmap, PixelValuesAreNotChecked)

@@ -51,7 +51,7 @@ inline std::string assetPath(const std::string& relative)
 }
 
 // What a bitmap file is made of; makeBmp lays it out as a writer would.
-struct BmpSpec {
+struct BmpPlan {
     int32_t width = 1;
     int32_t height = 1;
     uint16_t bpp = 24;
@@ -65,51 +65,51 @@ struct BmpSpec {
     int64_t offBits = -1;          // -1: right after the palette
 };
 
-inline std::string makeBmp(const BmpSpec& spec)
+inline std::string makeBmp(const BmpPlan& plan)
 {
     std::string info;
-    put32(info, spec.infoSize);
-    if (spec.infoSize == 12) {
-        put16(info, static_cast<uint32_t>(spec.width));
-        put16(info, static_cast<uint32_t>(spec.height));
+    put32(info, plan.infoSize);
+    if (plan.infoSize == 12) {
+        put16(info, static_cast<uint32_t>(plan.width));
+        put16(info, static_cast<uint32_t>(plan.height));
         put16(info, 1);
-        put16(info, spec.bpp);
+        put16(info, plan.bpp);
     } else {
-        put32(info, static_cast<uint32_t>(spec.width));
-        put32(info, static_cast<uint32_t>(spec.height));
+        put32(info, static_cast<uint32_t>(plan.width));
+        put32(info, static_cast<uint32_t>(plan.height));
         put16(info, 1);
-        put16(info, spec.bpp);
-        put32(info, spec.compression);
-        put32(info, spec.sizeImage);
+        put16(info, plan.bpp);
+        put32(info, plan.compression);
+        put32(info, plan.sizeImage);
         put32(info, 2835);
         put32(info, 2835);
-        put32(info, spec.clrUsed);
+        put32(info, plan.clrUsed);
         put32(info, 0);
-        if (spec.infoSize > 40) {
-            for (uint32_t mask : spec.masks)
+        if (plan.infoSize > 40) {
+            for (uint32_t mask : plan.masks)
                 put32(info, mask);
         }
-        info.resize(spec.infoSize, '\0');
+        info.resize(plan.infoSize, '\0');
     }
     std::string table;
-    if (spec.infoSize <= 40) {
-        for (uint32_t mask : spec.masks)
+    if (plan.infoSize <= 40) {
+        for (uint32_t mask : plan.masks)
             put32(table, mask);
     }
-    for (const Rgb& c : spec.palette) {
+    for (const Rgb& c : plan.palette) {
         table.push_back(static_cast<char>(c[2]));
         table.push_back(static_cast<char>(c[1]));
         table.push_back(static_cast<char>(c[0]));
-        if (spec.infoSize != 12)
+        if (plan.infoSize != 12)
             table.push_back('\0');
     }
-    uint32_t offBits = spec.offBits >= 0 ? static_cast<uint32_t>(spec.offBits)
+    uint32_t offBits = plan.offBits >= 0 ? static_cast<uint32_t>(plan.offBits)
                                          : static_cast<uint32_t>(14 + info.size() + table.size());
     std::string file = "BM";
-    put32(file, static_cast<uint32_t>(14 + info.size() + table.size() + spec.pixels.size()));
+    put32(file, static_cast<uint32_t>(14 + info.size() + table.size() + plan.pixels.size()));
     put32(file, 0);
     put32(file, offBits);
-    return file + info + table + spec.pixels;
+    return file + info + table + plan.pixels;
 }
 
 // A stored row padded with zero bytes to a whole number of 32-bit words.
@@ -159,7 +159,7 @@ inline Rgb pixelOf(const unsigned char* rgb, int width, int x, int y)
 }
 
 // An 18-byte TGA header.
-struct TgaSpec {
+struct TgaPlan {
     int idLength = 0;
     int mapType = 0;
     int imageType = 2;
@@ -172,21 +172,21 @@ struct TgaSpec {
     int descriptor = 0;
 };
 
-inline std::string tgaHeader(const TgaSpec& spec)
+inline std::string tgaHeader(const TgaPlan& plan)
 {
     std::string out;
-    out.push_back(static_cast<char>(spec.idLength));
-    out.push_back(static_cast<char>(spec.mapType));
-    out.push_back(static_cast<char>(spec.imageType));
-    put16(out, static_cast<uint32_t>(spec.mapFirst));
-    put16(out, static_cast<uint32_t>(spec.mapLength));
-    out.push_back(static_cast<char>(spec.mapDepth));
+    out.push_back(static_cast<char>(plan.idLength));
+    out.push_back(static_cast<char>(plan.mapType));
+    out.push_back(static_cast<char>(plan.imageType));
+    put16(out, static_cast<uint32_t>(plan.mapFirst));
+    put16(out, static_cast<uint32_t>(plan.mapLength));
+    out.push_back(static_cast<char>(plan.mapDepth));
     put16(out, 0);
     put16(out, 0);
-    put16(out, static_cast<uint32_t>(spec.width));
-    put16(out, static_cast<uint32_t>(spec.height));
-    out.push_back(static_cast<char>(spec.depth));
-    out.push_back(static_cast<char>(spec.descriptor));
+    put16(out, static_cast<uint32_t>(plan.width));
+    put16(out, static_cast<uint32_t>(plan.height));
+    out.push_back(static_cast<char>(plan.depth));
+    out.push_back(static_cast<char>(plan.descriptor));
     return out;
 }
 

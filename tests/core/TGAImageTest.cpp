@@ -343,38 +343,38 @@ TEST(TGAImage, LoaderPrintsNothing)
 
 TEST(TGAImage, RightToLeftRowsAreMirrored)
 {
-    TgaSpec spec;
-    spec.width = 3;
-    spec.descriptor = 0x10;
+    TgaPlan plan;
+    plan.width = 3;
+    plan.descriptor = 0x10;
     LoadedTga tga;
-    loadBytes(tgaHeader(spec) + bytes({3, 2, 1, 6, 5, 4, 9, 8, 7}), tga);
+    loadBytes(tgaHeader(plan) + bytes({3, 2, 1, 6, 5, 4, 9, 8, 7}), tga);
     ASSERT_EQ(tga.result, 1);
     EXPECT_EQ(tga.pixels(), bytes({7, 8, 9, 4, 5, 6, 1, 2, 3}));
 }
 
 TEST(TGAImage, TopDownRowsAreReversed)
 {
-    TgaSpec spec;
-    spec.width = 1;
-    spec.height = 3;
-    spec.descriptor = 0x20;
+    TgaPlan plan;
+    plan.width = 1;
+    plan.height = 3;
+    plan.descriptor = 0x20;
     LoadedTga tga;
-    loadBytes(tgaHeader(spec) + bytes({1, 1, 1, 2, 2, 2, 3, 3, 3}), tga);
+    loadBytes(tgaHeader(plan) + bytes({1, 1, 1, 2, 2, 2, 3, 3, 3}), tga);
     ASSERT_EQ(tga.result, 1);
     EXPECT_EQ(tga.pixels(), bytes({3, 3, 3, 2, 2, 2, 1, 1, 1}));
 }
 
 TEST(TGAImage, SixteenBitPixelsAreWidenedToRgb)
 {
-    TgaSpec spec;
-    spec.width = 3;
-    spec.depth = 16;
+    TgaPlan plan;
+    plan.width = 3;
+    plan.depth = 16;
     std::string data;
     put16(data, 0x8000 | (31u << 10));  // red 31 with its attribute bit
     put16(data, 16u << 5);              // green 16
     put16(data, 1);                     // blue 1
     LoadedTga tga;
-    loadBytes(tgaHeader(spec) + data, tga);
+    loadBytes(tgaHeader(plan) + data, tga);
     ASSERT_EQ(tga.result, 1);
     EXPECT_EQ(tga.image.bpp, 24);
     // Five bits widened by repeating their top bits: v * 8 + v / 4.
@@ -383,29 +383,29 @@ TEST(TGAImage, SixteenBitPixelsAreWidenedToRgb)
 
 TEST(TGAImage, FifteenBitPixelsAreReadLikeSixteen)
 {
-    TgaSpec spec;
-    spec.depth = 15;
+    TgaPlan plan;
+    plan.depth = 15;
     std::string data;
     put16(data, (2u << 10) | (3u << 5) | 4u);
     LoadedTga tga;
-    loadBytes(tgaHeader(spec) + data, tga);
+    loadBytes(tgaHeader(plan) + data, tga);
     ASSERT_EQ(tga.result, 1);
     EXPECT_EQ(tga.pixels(), bytes({16, 24, 33}));
 }
 
 TEST(TGAImage, ColourMapWithFirstEntryAndAlphaGivesRgba)
 {
-    TgaSpec spec;
-    spec.imageType = 1;
-    spec.mapType = 1;
-    spec.mapFirst = 10;
-    spec.mapLength = 2;
-    spec.mapDepth = 32;
-    spec.width = 3;
-    spec.depth = 8;
+    TgaPlan plan;
+    plan.imageType = 1;
+    plan.mapType = 1;
+    plan.mapFirst = 10;
+    plan.mapLength = 2;
+    plan.mapDepth = 32;
+    plan.width = 3;
+    plan.depth = 8;
     std::string map = bytes({30, 20, 10, 40, 3, 2, 1, 0});  // entries 10 and 11, BGRA
     LoadedTga tga;
-    loadBytes(tgaHeader(spec) + map + bytes({11, 10, 11}), tga);
+    loadBytes(tgaHeader(plan) + map + bytes({11, 10, 11}), tga);
     ASSERT_EQ(tga.result, 1);
     EXPECT_EQ(tga.image.bpp, 32);
     EXPECT_EQ(tga.pixels(), bytes({1, 2, 3, 0, 10, 20, 30, 40, 1, 2, 3, 0}));
@@ -413,36 +413,36 @@ TEST(TGAImage, ColourMapWithFirstEntryAndAlphaGivesRgba)
 
 TEST(TGAImage, SixteenBitIndicesIntoASixteenBitMap)
 {
-    TgaSpec spec;
-    spec.imageType = 9;
-    spec.mapType = 1;
-    spec.mapLength = 300;
-    spec.mapDepth = 16;
-    spec.width = 2;
-    spec.depth = 16;
+    TgaPlan plan;
+    plan.imageType = 9;
+    plan.mapType = 1;
+    plan.mapLength = 300;
+    plan.mapDepth = 16;
+    plan.width = 2;
+    plan.depth = 16;
     std::string map(600, '\0');
     map[299 * 2 + 1] = static_cast<char>(0x7C);  // entry 299: red 31
     std::string data = bytes({0x81});            // a repeat packet of two pixels
     put16(data, 299);
     LoadedTga tga;
-    loadBytes(tgaHeader(spec) + map + data, tga);
+    loadBytes(tgaHeader(plan) + map + data, tga);
     ASSERT_EQ(tga.result, 1);
     EXPECT_EQ(tga.pixels(), bytes({255, 0, 0, 255, 0, 0}));
 }
 
 TEST(TGAImage, IndexOutsideTheColourMapLeavesTheImageEmpty)
 {
-    TgaSpec spec;
-    spec.imageType = 1;
-    spec.mapType = 1;
-    spec.mapFirst = 10;
-    spec.mapLength = 2;
-    spec.mapDepth = 24;
-    spec.depth = 8;
+    TgaPlan plan;
+    plan.imageType = 1;
+    plan.mapType = 1;
+    plan.mapFirst = 10;
+    plan.mapLength = 2;
+    plan.mapDepth = 24;
+    plan.depth = 8;
     std::string map = bytes({1, 2, 3, 4, 5, 6});
     for (int index : {9, 12, 255}) {
         LoadedTga tga;
-        loadBytes(tgaHeader(spec) + map + bytes({index}), tga);
+        loadBytes(tgaHeader(plan) + map + bytes({index}), tga);
         EXPECT_EQ(tga.result, 0) << index;
         expectEmpty(tga.image);
     }
@@ -450,45 +450,45 @@ TEST(TGAImage, IndexOutsideTheColourMapLeavesTheImageEmpty)
 
 TEST(TGAImage, ColourMapOfATrueColourFileIsSkipped)
 {
-    TgaSpec spec;
-    spec.mapType = 1;
-    spec.mapLength = 2;
-    spec.mapDepth = 24;
-    spec.idLength = 2;
+    TgaPlan plan;
+    plan.mapType = 1;
+    plan.mapLength = 2;
+    plan.mapDepth = 24;
+    plan.idLength = 2;
     LoadedTga tga;
-    loadBytes(tgaHeader(spec) + "id" + bytes({9, 9, 9, 9, 9, 9}) + bytes({3, 2, 1}), tga);
+    loadBytes(tgaHeader(plan) + "id" + bytes({9, 9, 9, 9, 9, 9}) + bytes({3, 2, 1}), tga);
     ASSERT_EQ(tga.result, 1);
     EXPECT_EQ(tga.pixels(), bytes({1, 2, 3}));
 }
 
 TEST(TGAImage, RunLengthRepeatAndRawPackets)
 {
-    TgaSpec spec;
-    spec.imageType = 10;
-    spec.width = 3;
-    spec.height = 2;
-    spec.depth = 32;
+    TgaPlan plan;
+    plan.imageType = 10;
+    plan.width = 3;
+    plan.height = 2;
+    plan.depth = 32;
     // Repeat 4 of (1, 2, 3, 4), then 2 raw pixels.
     std::string data = bytes({0x83, 3, 2, 1, 4, 0x01, 7, 6, 5, 8, 11, 10, 9, 12});
     LoadedTga tga;
-    loadBytes(tgaHeader(spec) + data, tga);
+    loadBytes(tgaHeader(plan) + data, tga);
     ASSERT_EQ(tga.result, 1);
     EXPECT_EQ(tga.pixels(), bytes({1, 2, 3, 4, 1, 2, 3, 4, 1, 2, 3, 4, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
 }
 
 TEST(TGAImage, RunLengthPacketPastTheLastPixelLeavesTheImageEmpty)
 {
-    TgaSpec spec;
-    spec.imageType = 11;
-    spec.width = 2;
-    spec.height = 2;
-    spec.depth = 8;
+    TgaPlan plan;
+    plan.imageType = 11;
+    plan.width = 2;
+    plan.height = 2;
+    plan.depth = 8;
     LoadedTga repeat;
-    loadBytes(tgaHeader(spec) + bytes({0x84, 7}), repeat);
+    loadBytes(tgaHeader(plan) + bytes({0x84, 7}), repeat);
     EXPECT_EQ(repeat.result, 0);
     expectEmpty(repeat.image);
     LoadedTga raw;
-    loadBytes(tgaHeader(spec) + bytes({0x02, 1, 2, 3, 0x01, 4, 5}), raw);
+    loadBytes(tgaHeader(plan) + bytes({0x02, 1, 2, 3, 0x01, 4, 5}), raw);
     EXPECT_EQ(raw.result, 0);
     expectEmpty(raw.image);
 }
@@ -512,44 +512,44 @@ TEST(TGAImage, UnsupportedKindsLeaveTheImageEmpty)
         {2, 24, 2},   // unknown map type
     };
     for (const Case& c : cases) {
-        TgaSpec spec;
-        spec.imageType = c.imageType;
-        spec.depth = c.depth;
-        spec.mapType = c.mapType;
+        TgaPlan plan;
+        plan.imageType = c.imageType;
+        plan.depth = c.depth;
+        plan.mapType = c.mapType;
         if (c.mapType == 1) {
-            spec.mapLength = 1;
-            spec.mapDepth = 24;
+            plan.mapLength = 1;
+            plan.mapDepth = 24;
         }
         LoadedTga tga;
-        loadBytes(tgaHeader(spec) + std::string(64, '\0'), tga);
+        loadBytes(tgaHeader(plan) + std::string(64, '\0'), tga);
         EXPECT_EQ(tga.result, 0) << c.imageType << " " << c.depth;
         expectEmpty(tga.image);
     }
     // A colour map with entries of 8 bits or none at all.
-    TgaSpec spec;
-    spec.imageType = 1;
-    spec.mapType = 1;
-    spec.depth = 8;
-    spec.mapDepth = 8;
-    spec.mapLength = 1;
+    TgaPlan plan;
+    plan.imageType = 1;
+    plan.mapType = 1;
+    plan.depth = 8;
+    plan.mapDepth = 8;
+    plan.mapLength = 1;
     LoadedTga badEntries;
-    loadBytes(tgaHeader(spec) + std::string(8, '\0'), badEntries);
+    loadBytes(tgaHeader(plan) + std::string(8, '\0'), badEntries);
     EXPECT_EQ(badEntries.result, 0);
-    spec.mapDepth = 24;
-    spec.mapLength = 0;
+    plan.mapDepth = 24;
+    plan.mapLength = 0;
     LoadedTga noEntries;
-    loadBytes(tgaHeader(spec) + std::string(8, '\0'), noEntries);
+    loadBytes(tgaHeader(plan) + std::string(8, '\0'), noEntries);
     EXPECT_EQ(noEntries.result, 0);
 }
 
 TEST(TGAImage, ZeroSizesLeaveTheImageEmpty)
 {
     for (int side : {0, 1}) {
-        TgaSpec spec;
-        spec.width = side;
-        spec.height = 1 - side;
+        TgaPlan plan;
+        plan.width = side;
+        plan.height = 1 - side;
         LoadedTga tga;
-        loadBytes(tgaHeader(spec) + std::string(6, '\0'), tga);
+        loadBytes(tgaHeader(plan) + std::string(6, '\0'), tga);
         EXPECT_EQ(tga.result, 0);
         expectEmpty(tga.image);
     }
@@ -557,30 +557,30 @@ TEST(TGAImage, ZeroSizesLeaveTheImageEmpty)
 
 TEST(TGAImage, SidesUpTo16384AreAcceptedAndLargerOnesRefused)
 {
-    TgaSpec spec;
-    spec.imageType = 11;
-    spec.depth = 8;
-    spec.width = 16384;
+    TgaPlan plan;
+    plan.imageType = 11;
+    plan.depth = 8;
+    plan.width = 16384;
     // 128 repeat packets of 128 grey pixels each.
     std::string data;
     for (int i = 0; i < 128; ++i)
         data += bytes({0xFF, i});
     LoadedTga wide;
-    loadBytes(tgaHeader(spec) + data, wide);
+    loadBytes(tgaHeader(plan) + data, wide);
     ASSERT_EQ(wide.result, 1);
     EXPECT_EQ(wide.pixel(16383, 0), (std::vector<int>{127, 127, 127}));
-    spec.width = 16385;
+    plan.width = 16385;
     LoadedTga wider;
-    loadBytes(tgaHeader(spec) + data + bytes({0, 1}), wider);
+    loadBytes(tgaHeader(plan) + data + bytes({0, 1}), wider);
     EXPECT_EQ(wider.result, 0);
-    spec.width = 1;
-    spec.height = 65535;
+    plan.width = 1;
+    plan.height = 65535;
     LoadedTga higher;
-    loadBytes(tgaHeader(spec) + std::string(65535 * 2, '\x80'), higher);
+    loadBytes(tgaHeader(plan) + std::string(65535 * 2, '\x80'), higher);
     EXPECT_EQ(higher.result, 0);
     // The memory entry takes a smaller limit when asked.
-    spec.height = 2;
-    std::string small = tgaHeader(spec) + bytes({0x81, 5});
+    plan.height = 2;
+    std::string small = tgaHeader(plan) + bytes({0x81, 5});
     TGAImage image;
     EXPECT_EQ(image.loadTGAFromMemory(bytesOf(small), small.size(), 1), 0);
     EXPECT_EQ(image.loadTGAFromMemory(bytesOf(small), small.size(), 2), 1);
