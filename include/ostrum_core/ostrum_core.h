@@ -9,3 +9,5 @@
 #include <ostrum_core/LGeom.h>
 #include <ostrum_core/LRandom.h>
 #include <ostrum_core/LTime.h>
+#include <ostrum_core/LImage.h>
+#include <ostrum_core/TGAImage.h>
