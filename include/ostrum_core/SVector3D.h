@@ -1,7 +1,8 @@
 // SVector3D.h -- the vector of four floats used for positions, directions and sizes everywhere.
 //
 // Arithmetic works on x, y and z and keeps the left operand's w; vectors that the library builds from
-// numbers carry w = 1. The type is trivially copyable: it is passed and copied by value everywhere.
+// numbers carry w = 1. It is a plain value type (no virtual operations, no owned resources; copies
+// copy the four floats): it is passed and copied by value everywhere.
 //
 // Choices recorded here:
 //  - FRotate and Rotate both turn the vector by a right-handed rotation in radians about a unit axis

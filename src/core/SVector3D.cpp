@@ -68,7 +68,9 @@ void SVector3D::GetAngles(double& a, double& b) const
 
 std::string SVector3D::asString() const
 {
-    char buf[160];
+    // The longest float in %f is 47 characters (-3.4e38 has 39 digits), four of them and the
+    // separators take 196.
+    char buf[256];
     std::snprintf(buf, sizeof buf, "(%f, %f, %f, %f)", x, y, z, w);
     return buf;
 }

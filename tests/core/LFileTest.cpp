@@ -239,6 +239,14 @@ TEST(LFileFileExist, UnreadableFileIsNotFound)
     EXPECT_FALSE(LFile::fileExist(dir + "/locked.txt"));
 }
 
+TEST(LFileFileExist, LinkToMissingFileIsNotFound)
+{
+    std::string dir = makeTempDir();
+    ASSERT_EQ(::symlink((dir + "/gone.bmp").c_str(), (dir + "/link.bmp").c_str()), 0);
+    EXPECT_FALSE(LFile::fileExist(dir + "/link.bmp"));
+    EXPECT_FALSE(LFile::fileExist(dir + "/LINK.BMP"));
+}
+
 TEST(LFileFileExist, SharedAssetIsFound)
 {
     std::string dir = ostrum_test::assetsDir();
