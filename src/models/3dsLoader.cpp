@@ -37,7 +37,7 @@ constexpr unsigned int HEADER_SIZE = 6;
 constexpr unsigned int NAME_SIZE = 255;
 constexpr unsigned int FACE_SIZE = 8;  // three vertex indices and the edge flags, u16 each
 
-// The reader -1.5707964 radians about x: the file's Z-up frame to the library's Y-up frame.
+// Single-precision -pi/2 about x turns the file's Z-up frame into the library's Y-up frame.
 constexpr float TO_Y_UP = -1.5707964f;
 
 static_assert(sizeof(CVector3) == 12, "vertices are read straight into CVector3 arrays");

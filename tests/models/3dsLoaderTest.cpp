@@ -228,7 +228,7 @@ TEST(Load3DSTest, FloatColourGivesItsFirstThreeBytesAndLeavesTheNextFieldsAlone)
 TEST(Load3DSTest, TextureFileComesOnlyFromTheTextureMapChunk)
 {
     // A specular map (0xA204) holds a file name too, but only 0xA200 is read into fileName.
-    const std::string body = chunk(0xA000, cstr("Spec")) + chunk(0xA204, chunk(0xA300, cstr("SPEC.BMP")));
+    const std::string body = chunk(0xA000, cstr("Shiny")) + chunk(0xA204, chunk(0xA300, cstr("SHINE.BMP")));
     const Imported r = importBytes(file3ds(chunk(0xAFFF, body)));
     ASSERT_EQ(r.model.numOfMaterials, 1);
     EXPECT_STREQ(r.model.pMaterials[0].fileName, "");
