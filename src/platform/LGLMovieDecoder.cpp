@@ -319,10 +319,11 @@ bool LGLMovieDecoder::openStream(const std::string& path)
         length = av_rescale_q(impl->format->duration, AV_TIME_BASE_Q, AVRational{rate.den, rate.num});
     impl->length = clampToInt(length);
 
-    // Back to the start for decoding.
+    // Back to the start for decoding; the file may have been opened anew, with new stream records.
     if (!impl->restart())
         return false;
     impl->seeks = 0;
+    s = impl->stream();
 
     const AVCodecParameters* parameters = s->codecpar;
     info_.frame = {0, 0, std::max(parameters->width, 0), std::max(parameters->height, 0)};
