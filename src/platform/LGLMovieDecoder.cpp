@@ -13,6 +13,7 @@ extern "C" {
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <cmath>
 #include <vector>
 
@@ -28,6 +29,24 @@ struct tPicture {
     int64_t seekTs;  // the decode time to seek to when this is a key frame
     bool key;
 };
+
+// a + b without overflow: timestamps come from the file and may be anything.
+int64_t addSaturated(int64_t a, int64_t b)
+{
+    if (b > 0 && a > INT64_MAX - b)
+        return INT64_MAX;
+    if (b < 0 && a < INT64_MIN - b)
+        return INT64_MIN;
+    return a + b;
+}
+
+// A frame count from a double, kept within int.
+int64_t roundFrames(double frames)
+{
+    if (!(frames > 0.0))
+        return 0;
+    return frames >= static_cast<double>(INT_MAX) ? INT_MAX : std::llround(frames);
+}
 
 int clampToInt(int64_t value)
 {
@@ -126,13 +145,13 @@ struct LGLMovieDecoder::Impl {
             if (packet->stream_index == streamIndex && !(packet->flags & AV_PKT_FLAG_DISCARD)) {
                 int64_t ts = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
                 if (ts == AV_NOPTS_VALUE)
-                    ts = pictures.empty() ? 0 : lastTs + static_cast<int64_t>(std::llround(frameTicks));
+                    ts = pictures.empty() ? 0 : addSaturated(lastTs, std::llround(frameTicks));
                 int64_t dts = packet->dts != AV_NOPTS_VALUE ? std::min(packet->dts, ts) : ts;
                 pictures.push_back({ts, dts, (packet->flags & AV_PKT_FLAG_KEY) != 0});
                 int64_t duration = packet->duration > 0 ? packet->duration
                                                         : static_cast<int64_t>(std::llround(frameTicks));
-                if (!haveEnd || ts + duration > end)
-                    end = ts + duration;
+                if (!haveEnd || addSaturated(ts, duration) > end)
+                    end = addSaturated(ts, duration);
                 haveEnd = true;
                 if (!haveRestart || dts < restartTs)
                     restartTs = dts;
@@ -155,7 +174,7 @@ struct LGLMovieDecoder::Impl {
             keyAt.push_back(key);
         }
         firstPts = pts.empty() ? 0 : pts.front();
-        spanFrames = haveEnd ? static_cast<double>(end - firstPts) / frameTicks : 0.0;
+        spanFrames = haveEnd ? (static_cast<double>(end) - static_cast<double>(firstPts)) / frameTicks : 0.0;
     }
     double spanFrames = 0.0;
 
@@ -312,9 +331,9 @@ bool LGLMovieDecoder::openStream(const std::string& path)
     if (s->nb_frames > 0)
         length = s->nb_frames;
     else if (!impl->pts.empty())
-        length = std::max<int64_t>(std::llround(impl->spanFrames), 1);
+        length = std::max<int64_t>(roundFrames(impl->spanFrames), 1);
     else if (s->duration != AV_NOPTS_VALUE && s->duration > 0)
-        length = std::llround(static_cast<double>(s->duration) / impl->frameTicks);
+        length = roundFrames(static_cast<double>(s->duration) / impl->frameTicks);
     else if (impl->format->duration != AV_NOPTS_VALUE && impl->format->duration > 0)
         length = av_rescale_q(impl->format->duration, AV_TIME_BASE_Q, AVRational{rate.den, rate.num});
     impl->length = clampToInt(length);
