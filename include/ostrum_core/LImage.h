@@ -39,18 +39,22 @@
 //    RLE data still compressed) and a malloc'ed BITMAPINFO: a 40-byte header (biSize 40 whatever the
 //    file held; OS/2 headers are converted and biClrUsed then counts their palette) followed by the
 //    colour table as Windows lays it out: for BI_BITFIELDS the three masks (four for compression 6,
-//    bit fields with alpha) first, then biClrUsed entries for 16-, 24- and 32-bit files, or the
-//    palette (biClrUsed entries, 2^bpp when 0) for paletted ones. DIBColorCount gives that count.
-//  - The block of LoadDIBitmap holds DIBBitsSize(header) bytes of the returned header: for
-//    uncompressed data the padded rows, or biSizeImage when that is larger and the file holds it (so a
-//    load and a save give back the same file byte for byte); for RLE data biSizeImage bytes. Where the
-//    file's biSizeImage cannot say that (0 for RLE data, or more room than the file holds), the
-//    returned header's biSizeImage is set to the block's size, so that saving what was loaded never
-//    reads past the block. Pixel values are not checked: the block is handed on as it is. JPEG- and
-//    PNG-compressed bitmaps give null.
+//    bit fields with alpha) first, then biClrUsed entries for 16-, 24- and 32-bit files; for paletted
+//    files the palette, biClrUsed entries, or 2^bpp when biClrUsed is 0 or larger than that.
+//    DIBColorCount gives that count.
+//  - The block of LoadDIBitmap holds DIBBitsSize(header) bytes of the returned header. Uncompressed:
+//    the padded rows, or biSizeImage when that is larger and the file holds it, so that a load and a
+//    save give back the same file byte for byte; when the file does not hold the room its biSizeImage
+//    claims, the returned header's biSizeImage is lowered to the rows' size. RLE: biSizeImage bytes
+//    (the file must hold them), or the rest of the file when biSizeImage is 0, in which case the
+//    returned header's biSizeImage is set to that size. Either way saving what was loaded never
+//    reads past the block. Pixel values are not checked: the block is handed on as it is (a palette
+//    index past the palette or damaged RLE data is the caller's business). JPEG- and PNG-compressed
+//    bitmaps give null.
 //  - SaveDIBitmap writes the 14-byte file header, the 40-byte info header, DIBColorCount entries of
-//    the colour table and DIBBitsSize bytes of pixels. It returns 0 on success and -1 on failure (null
-//    arguments, a header it cannot size, a file that cannot be opened or fully written).
+//    the colour table and DIBBitsSize bytes of pixels, replacing the file. It returns 0 on success and
+//    -1 on failure (null arguments, a header it cannot size, a file that cannot be opened or fully
+//    written; a failed write may leave a partial file behind).
 //  - LoadDIBitmap with a null `info` gives null; on failure `*info` is set to null.
 #pragma once
 
@@ -77,9 +81,9 @@ struct tImageBMP {
 class LImage {
 public:
     // Widest and highest image any loader accepts.
-    static const int MaxImageSide = 16384;
+    static constexpr int MaxImageSide = 16384;
     // Largest file any loader reads: a 32-bit image of the largest size plus ample room for headers.
-    static const size_t MaxFileBytes = static_cast<size_t>(MaxImageSide) * MaxImageSide * 4 + (64u << 20);
+    static constexpr size_t MaxFileBytes = static_cast<size_t>(MaxImageSide) * MaxImageSide * 4 + (64u << 20);
 
     // Decodes a JPEG file; null on failure.
     static tImageJPG* LoadJPG(const char* path, int& channels);

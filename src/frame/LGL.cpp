@@ -20,6 +20,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 // ================================================================ [SECTION] class-wide state
 
@@ -669,20 +670,10 @@ void LGL::CreateDDSTexture(unsigned int& id, std::string file)
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
 
-    const int levels = countDDSLevels(image);
-    long long w = image->width;
-    long long h = image->height;
-    std::size_t offset = 0;
-    for (int level = 0; level < levels && glCompressedTexImage2DARB != nullptr; ++level) {
-        w = std::max(w, 1LL);
-        h = std::max(h, 1LL);
-        const std::size_t size = DDSLevelSize(image->format, w, h);
-        glCompressedTexImage2DARB(GL_TEXTURE_2D, level, static_cast<GLenum>(image->format), static_cast<GLsizei>(w),
-                                  static_cast<GLsizei>(h), 0, static_cast<GLsizei>(size), image->pixels + offset);
-        offset += size;
-        w /= 2;
-        h /= 2;
-    }
+    if (glCompressedTexImage2DARB != nullptr)
+        for (const tDDSLevel& level : DDSLevels(image))
+            glCompressedTexImage2DARB(GL_TEXTURE_2D, level.level, static_cast<GLenum>(image->format), level.width,
+                                      level.height, 0, static_cast<GLsizei>(level.size), image->pixels + level.offset);
     freeDDSImage(image);
 }
 
@@ -698,23 +689,24 @@ std::size_t LGL::DDSLevelSize(int format, long long width, long long height)
     return static_cast<std::size_t>(bw * bh * blockSize);
 }
 
-int LGL::countDDSLevels(const tDDSImageData* image)
+std::vector<LGL::tDDSLevel> LGL::DDSLevels(const tDDSImageData* image)
 {
+    std::vector<tDDSLevel> levels;
     if (image == nullptr || image->pixels == nullptr)
-        return 0;
+        return levels;
     const int wanted = std::min(image->numMipMaps, kDDSMaxLevels);
     long long w = image->width;
     long long h = image->height;
     std::size_t offset = 0;
-    int levels = 0;
     for (int level = 0; level < wanted; ++level) {
         w = std::max(w, 1LL);
         h = std::max(h, 1LL);
         const std::size_t size = DDSLevelSize(image->format, w, h);
+        // A level whose bytes are not all in the block ends the chain (a lying header or a cut file).
         if (size > static_cast<std::size_t>(INT_MAX) || size > image->dataSize - offset)
             break;
+        levels.push_back({level, static_cast<int>(w), static_cast<int>(h), offset, size});
         offset += size;
-        ++levels;
         w /= 2;
         h /= 2;
     }

@@ -844,7 +844,14 @@ TEST_F(LGLTextureTest, DdsReaderWorksWithoutUploadAndReportsTheBytesItRead)
     EXPECT_EQ(image->components, 3);
     // linear size 32768 times 2 asks for 65536 bytes; the file holds 43704.
     EXPECT_EQ(image->dataSize, 43704u);
-    EXPECT_EQ(LGL::countDDSLevels(image), 9);
+    std::vector<LGL::tDDSLevel> levels = LGL::DDSLevels(image);
+    ASSERT_EQ(levels.size(), 9u);
+    EXPECT_EQ(levels[1].level, 1);
+    EXPECT_EQ(levels[1].width, 128);
+    EXPECT_EQ(levels[1].height, 128);
+    EXPECT_EQ(levels[1].offset, 32768u);
+    EXPECT_EQ(levels[1].size, 8192u);
+    EXPECT_EQ(levels[8].offset + levels[8].size, 43704u);
     const std::string bytes = readFile(asset("dds/dxsdk-legacy/DwarfHead.dds"));
     EXPECT_EQ(std::memcmp(image->pixels, bytes.data() + 128, image->dataSize), 0);
     LGL::freeDDSImage(image);

@@ -77,7 +77,7 @@
 //    says how many were read. A linear size of 0 (seafloor.dds, lizard_diff.dds carry one) therefore
 //    gives an empty block after its message box.
 //  - CreateDDSTexture uploads the levels in order and stops at the first level whose bytes are not
-//    all in the block (countDDSLevels), and after 32 levels at most (no OpenGL accepts more). Sizes
+//    all in the block (DDSLevels), and after 32 levels at most (no OpenGL accepts more). Sizes
 //    are computed in 64 bits; a width or height that reads as 0 or negative is taken as 1.
 //  - A mipmap count of 0 uploads nothing (the texture name is still made, with no image).
 //  - When glCompressedTexImage2DARB could not be found, nothing is uploaded.
@@ -92,6 +92,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 class LGL {
 public:
@@ -221,6 +222,15 @@ public:
         std::size_t dataSize;  // bytes actually read into pixels
     };
 
+    // One compressed level inside a tDDSImageData's pixel block.
+    struct tDDSLevel {
+        int level;
+        int width;
+        int height;
+        std::size_t offset;
+        std::size_t size;
+    };
+
     typedef void(APIENTRY* tCompressedTexImage2DProc)(GLenum target, GLint level, GLenum internalFormat,
                                                       GLsizei width, GLsizei height, GLint border,
                                                       GLsizei imageSize, const GLvoid* data);
@@ -266,7 +276,8 @@ public:
     static tDDSImageData* loadDDSTextureStream(std::FILE* stream, const char* file);
     // Bytes of one compressed level of w x h pixels: ((w + 3) / 4) * ((h + 3) / 4) * block size.
     static std::size_t DDSLevelSize(int format, long long width, long long height);
-    // How many levels, from level 0, lie wholly inside the record's pixel block (at most 32).
-    static int countDDSLevels(const tDDSImageData* image);
+    // The levels, from level 0, that lie wholly inside the record's pixel block (at most 32): what
+    // CreateDDSTexture uploads.
+    static std::vector<tDDSLevel> DDSLevels(const tDDSImageData* image);
     static void freeDDSImage(tDDSImageData* image);
 };
