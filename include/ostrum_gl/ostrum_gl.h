@@ -3,10 +3,28 @@
 
 #include <ostrum_core/ostrum_core.h>
 
+// platform
 #include <ostrum_gl/platform/LGLPlatform.h>
+
+// rendering frame
 #include <ostrum_gl/frame/LGL.h>
-#include <ostrum_gl/frame/LGLCamera.h>
 #include <ostrum_gl/frame/LGLApp.h>
+#include <ostrum_gl/frame/LGLCamera.h>
 #include <ostrum_gl/frame/LGLFrustum.h>
+#include <ostrum_gl/frame/LGLTextureBlending.h>
 #include <ostrum_gl/frame/Quaternion.h>
+
+// models
+#include <ostrum_gl/models/3dsLoader.h>
+
+// scenery
+#include <ostrum_gl/scenery/LGLTerrain.h>
+#include <ostrum_gl/scenery/TerrainObject.h>
+#include <ostrum_gl/scenery/TerrainTile.h>
+
+// interface
 #include <ostrum_gl/interface/LGLFont.h>
+
+// effects
+#include <ostrum_gl/effects/LGLAVI.h>
+#include <ostrum_gl/effects/LGLAnimTexture.h>
