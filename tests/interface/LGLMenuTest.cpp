@@ -224,12 +224,18 @@ TEST(LGLMenuItems, AddItemWithoutAMenuWarnsAndAddsNothing)
 }
 
 struct ShortcutCase {
+    const char* name;
     const char* caption;
     const char* shortcutText;
     bool special;
     int key;
     int modifiers;
 };
+
+void PrintTo(const ShortcutCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
 
 class LGLMenuShortcutParser : public ::testing::TestWithParam<ShortcutCase> {
 protected:
@@ -253,44 +259,45 @@ TEST_P(LGLMenuShortcutParser, CaptionGivesShortcut)
 INSTANTIATE_TEST_SUITE_P(
     Captions, LGLMenuShortcutParser,
     ::testing::Values(
-        ShortcutCase{"Save [ctrl-s]", "ctrl-s", false, 's', kCtrl},
-        ShortcutCase{"Quit [alt-x]", "alt-x", false, 'x', kAlt},
-        ShortcutCase{"Redraw [shift-F5]", "shift-F5", true, 5, kShift},
-        ShortcutCase{"Help [F1]", "F1", true, 1, 0},
-        ShortcutCase{"Full screen [F12]", "F12", true, 12, 0},
-        ShortcutCase{"Odd [F13]", "F13", true, 13, 0},
-        ShortcutCase{"Big [F200]", "F200", true, 0, 0},
-        ShortcutCase{"Close [esc]", "esc", false, 27, 0},
-        ShortcutCase{"Next [tab]", "tab", false, 9, 0},
-        ShortcutCase{"Accept [enter]", "enter", false, 13, 0},
-        ShortcutCase{"Jump [space]", "space", false, 32, 0},
-        ShortcutCase{"Remove [delete]", "delete", false, 127, 0},
-        ShortcutCase{"Add [insert]", "insert", true, 108, 0},
-        ShortcutCase{"Raise [up]", "up", true, 101, 0},
-        ShortcutCase{"Lower [down]", "down", true, 103, 0},
-        ShortcutCase{"East [right]", "right", true, 102, 0},
-        ShortcutCase{"West [left]", "left", true, 100, 0},
-        ShortcutCase{"Nudge [ctrl-left]", "ctrl-left", true, 100, kCtrl},
-        ShortcutCase{"All [ctrl-alt-shift-Q]", "ctrl-alt-shift-Q", false, 'q', kShift + kCtrl + kAlt},
-        ShortcutCase{"Save as [Ctrl-Shift-S]", "Ctrl-Shift-S", false, 's', kCtrl + kShift},
-        ShortcutCase{"Loud [ALT-ESC]", "ALT-ESC", false, 27, kAlt},
-        ShortcutCase{"Lower case f [f5]", "f5", true, 5, 0},
-        ShortcutCase{"Not a function key [Fx]", "Fx", false, 'f', 0},
-        ShortcutCase{"Word [Zoom]", "Zoom", false, 'z', 0},
-        ShortcutCase{"Digit [ctrl-1]", "ctrl-1", false, '1', kCtrl},
-        ShortcutCase{"Bang [!]", "!", false, '!', 0},
-        ShortcutCase{"Blanks [ ctrl - s ]", " ctrl - s ", false, 's', kCtrl},
-        ShortcutCase{"Zoom out [ctrl--]", "ctrl--", false, '-', kCtrl},
-        ShortcutCase{"Zoom in [ctrl-+]", "ctrl-+", false, '+', kCtrl},
-        ShortcutCase{"Twice [ctrl-ctrl-s]", "ctrl-ctrl-s", false, 's', kCtrl},
-        ShortcutCase{"Two keys [ctrl-s-x]", "ctrl-s-x", false, 'x', kCtrl},
-        ShortcutCase{"Only a modifier [ctrl]", "ctrl", false, 0, kCtrl},
-        ShortcutCase{"Empty []", "", false, 0, 0},
-        ShortcutCase{"No shortcut", "", false, 0, 0},
-        ShortcutCase{"Unclosed [ctrl-s", "", false, 0, 0},
-        ShortcutCase{"Array[2] [alt-a]", "alt-a", false, 'a', kAlt},
-        ShortcutCase{"-", "", false, 0, 0},
-        ShortcutCase{"", "", false, 0, 0}));
+        ShortcutCase{"CtrlS", "Save [ctrl-s]", "ctrl-s", false, 's', kCtrl},
+        ShortcutCase{"AltX", "Quit [alt-x]", "alt-x", false, 'x', kAlt},
+        ShortcutCase{"ShiftF5", "Redraw [shift-F5]", "shift-F5", true, 5, kShift},
+        ShortcutCase{"F1", "Help [F1]", "F1", true, 1, 0},
+        ShortcutCase{"F12", "Full screen [F12]", "F12", true, 12, 0},
+        ShortcutCase{"F13", "Odd [F13]", "F13", true, 13, 0},
+        ShortcutCase{"F200GivesNoKey", "Big [F200]", "F200", true, 0, 0},
+        ShortcutCase{"Esc", "Close [esc]", "esc", false, 27, 0},
+        ShortcutCase{"Tab", "Next [tab]", "tab", false, 9, 0},
+        ShortcutCase{"Enter", "Accept [enter]", "enter", false, 13, 0},
+        ShortcutCase{"Space", "Jump [space]", "space", false, 32, 0},
+        ShortcutCase{"Delete", "Remove [delete]", "delete", false, 127, 0},
+        ShortcutCase{"Insert", "Add [insert]", "insert", true, 108, 0},
+        ShortcutCase{"Up", "Raise [up]", "up", true, 101, 0},
+        ShortcutCase{"Down", "Lower [down]", "down", true, 103, 0},
+        ShortcutCase{"Right", "East [right]", "right", true, 102, 0},
+        ShortcutCase{"Left", "West [left]", "left", true, 100, 0},
+        ShortcutCase{"CtrlLeft", "Nudge [ctrl-left]", "ctrl-left", true, 100, kCtrl},
+        ShortcutCase{"AllModifiers", "All [ctrl-alt-shift-Q]", "ctrl-alt-shift-Q", false, 'q', kShift + kCtrl + kAlt},
+        ShortcutCase{"MixedCase", "Save as [Ctrl-Shift-S]", "Ctrl-Shift-S", false, 's', kCtrl + kShift},
+        ShortcutCase{"UpperCase", "Loud [ALT-ESC]", "ALT-ESC", false, 27, kAlt},
+        ShortcutCase{"LowerCaseF5", "Lower case f [f5]", "f5", true, 5, 0},
+        ShortcutCase{"FWithoutNumber", "Not a function key [Fx]", "Fx", false, 'f', 0},
+        ShortcutCase{"WordGivesFirstLetter", "Word [Zoom]", "Zoom", false, 'z', 0},
+        ShortcutCase{"CtrlDigit", "Digit [ctrl-1]", "ctrl-1", false, '1', kCtrl},
+        ShortcutCase{"Punctuation", "Bang [!]", "!", false, '!', 0},
+        ShortcutCase{"BlanksAroundWords", "Blanks [ ctrl - s ]", " ctrl - s ", false, 's', kCtrl},
+        ShortcutCase{"CtrlMinus", "Zoom out [ctrl--]", "ctrl--", false, '-', kCtrl},
+        ShortcutCase{"CtrlPlus", "Zoom in [ctrl-+]", "ctrl-+", false, '+', kCtrl},
+        ShortcutCase{"ModifierTwice", "Twice [ctrl-ctrl-s]", "ctrl-ctrl-s", false, 's', kCtrl},
+        ShortcutCase{"LastKeyWordCounts", "Two keys [ctrl-s-x]", "ctrl-s-x", false, 'x', kCtrl},
+        ShortcutCase{"OnlyAModifier", "Only a modifier [ctrl]", "ctrl", false, 0, kCtrl},
+        ShortcutCase{"EmptyBrackets", "Empty []", "", false, 0, 0},
+        ShortcutCase{"NoBrackets", "No shortcut", "", false, 0, 0},
+        ShortcutCase{"UnclosedBracket", "Unclosed [ctrl-s", "", false, 0, 0},
+        ShortcutCase{"LastBracketedPart", "Array[2] [alt-a]", "alt-a", false, 'a', kAlt},
+        ShortcutCase{"Separator", "-", "", false, 0, 0},
+        ShortcutCase{"EmptyCaption", "", "", false, 0, 0}),
+    [](const ::testing::TestParamInfo<ShortcutCase>& info) { return std::string(info.param.name); });
 
 TEST(LGLMenuItems, CaptionShownDropsTheShortcutPartAndTrailingBlanks)
 {

@@ -118,7 +118,7 @@ protected:
                                     e.title[0].right - e.title[0].left);
         const int editW = dropWidth({"Undo", "Redo", "Grid"}, {"ctrl-z", "ctrl-y", "F5"},
                                     e.title[1].right - e.title[1].left);
-        const int viewW = e.title[2].right - e.title[2].left;
+        const int viewW = dropWidth({}, {}, e.title[2].right - e.title[2].left);
         e.drop[0] = {e.title[0].left, kBarHeight, e.title[0].left + fileW, kBarHeight + 4 * kBarHeight};
         e.drop[1] = {e.title[1].left, kBarHeight, e.title[1].left + editW, kBarHeight + 3 * kBarHeight};
         e.drop[2] = {e.title[2].left, kBarHeight, e.title[2].left + viewW, kBarHeight};
