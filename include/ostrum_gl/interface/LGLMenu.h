@@ -17,7 +17,7 @@
 // answers only inside one of its input callbacks: call them from the game's keyboard and special-key
 // callbacks. The overloads that take the modifier mask serve keys that arrive some other way.
 //
-// Kept as designed:
+// Kept on purpose:
 //  - Every enabled item whose shortcut matches fires, in menu and item order, not only the first.
 //  - With ctrl held, GLUT delivers the letters as the control codes 1 to 26; they are turned back
 //    into the letters a to z. Any code 1 to 26 is taken so, so ctrl+tab reads as ctrl+i and
