@@ -24,6 +24,7 @@
 
 // interface
 #include <ostrum_gl/interface/LGLFont.h>
+#include <ostrum_gl/interface/LGLMenu.h>
 
 // effects
 #include <ostrum_gl/effects/LGLAVI.h>
