@@ -306,6 +306,9 @@ inline const BitmapAt* bitmapAt(const std::vector<BitmapAt>& bitmaps, int x, int
     return nullptr;
 }
 
+// The result points into `bitmaps`, which must outlive it.
+const BitmapAt* bitmapAt(std::vector<BitmapAt>&& bitmaps, int x, int y) = delete;
+
 // The red channel of one back-buffer pixel given with y downward.
 inline int redAt(int x, int yDown)
 {

@@ -147,7 +147,8 @@ TEST_F(UITest, AButtonFaceSpansTheRowWithItsLabelCentredAndIsHotAreaZero)
     const int centre = (face.left + face.right) / 2;
     const int labelWidth = sumOfWidths(ui->font.fonts[0], "Apply");
     const int start = static_cast<int>(centre - labelWidth * 0.5);
-    const BitmapAt* label = bitmapAt(bitmapsOf(items), start, baselineOf(*ui, 1));
+    const auto bitmaps = bitmapsOf(items);
+    const BitmapAt* label = bitmapAt(bitmaps, start, baselineOf(*ui, 1));
     ASSERT_NE(label, nullptr);
     EXPECT_TRUE(colourIs(label->vertex, 1, 1, 1, 1));
     EXPECT_EQ(ui->font.alignment, 1);
@@ -484,7 +485,8 @@ TEST_F(UITest, TheMarkerShowsOnlyOnTheCurrentListBox20PixelsLeftOfItsField)
     EXPECT_EQ(ui->elements[0].hotRects[1].left, markerOf(*ui, 0).left);
     EXPECT_EQ(ui->elements[1].numHotRects, 1);
     // The selected item is written in the value column.
-    const BitmapAt* value = bitmapAt(bitmapsOf(items0), ui->x + ui->padding.left + ui->labelWidth, baselineOf(*ui, 1));
+    const auto bitmaps = bitmapsOf(items0);
+    const BitmapAt* value = bitmapAt(bitmaps, ui->x + ui->padding.left + ui->labelWidth, baselineOf(*ui, 1));
     EXPECT_NE(value, nullptr);
 }
 
@@ -531,6 +533,26 @@ TEST_F(UITest, TheOpenPopUpIsDrawnAfterAllRowsWithItsHotAreas)
         const int baseline = static_cast<int>((band.top + 1 + ui->fontSize) - (ui->fontSize + 0.5) / 5);
         EXPECT_NE(bitmapAt(bitmaps, pane.left + ui->fontSize / 2, baseline), nullptr) << "item " << i;
     }
+}
+
+TEST_F(UITest, APopUpOfManyItemsRegistersNoMoreThanTheRowsTwoHundredHotAreas)
+{
+    auto ui = makePanel();
+    std::vector<std::string> items;
+    for (int i = 0; i < 250; ++i)
+        items.push_back("item " + std::to_string(i));
+    ui->addListBox("Many", items, 0);
+    focusPanel(*ui);
+    specialKeyAndFrame(*ui, LGLUI::KEY_RIGHT);
+    const LGLUI::tElement& e = ui->elements[0];
+    ASSERT_EQ(e.numHotRects, LGLUI::MAX_HOT_RECTS);
+    EXPECT_EQ(e.hotIds[2], LGLUI::HOT_POPUP);
+    EXPECT_EQ(e.hotIds[199], LGLUI::HOT_POPUP_ITEM + 196);
+    // The first items still answer the mouse.
+    const Box item = popUpItemOf(*ui, 0, 2);
+    press(*ui, item.centreX(), item.centreY());
+    frame(*ui);
+    EXPECT_EQ(valueOf(*ui, 0), 2);
 }
 
 TEST_F(UITest, APopUpLeavesThePaneColourOpaque)

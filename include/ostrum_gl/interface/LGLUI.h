@@ -26,7 +26,8 @@
 //    position once, in initialize.
 //  - The auto-repeat holds back all of handle while the same hot area stays pressed: a button held
 //    down keeps its value 1 until its 400 ms repeat delay is over, then presses again every 50 ms;
-//    keys registered meanwhile wait for the next frame that gets through.
+//    keys registered meanwhile wait for the next frame that gets through, and a drag started on a
+//    hot area waits too, then catches up with the cursor.
 //  - A press hit by several hot rectangles goes to the last one found; a row below an open pop-up
 //    whose value field lies under the pressed item takes the press (an edit text never does: edit
 //    texts are searched first).
@@ -37,17 +38,17 @@
 //  - The close box is drawn but the panel does not act on it.
 //
 // Choices recorded here:
-//  - The element record is LGLUI::tElement. After its designed fields it holds numHotRects, how many
-//    of the 200 hot rectangles the last render registered; areas past the 200th are not registered
-//    (a pop-up therefore offers its first 196 items to the mouse).
-//  - The panel holds two clock values besides the designed ones, after `font`: buttonPressTime (the
-//    last button press, for the 100 ms pressed look) and caretTime (the last caret movement, from
-//    which the caret blinks: shown during the first half of every second).
+//  - The element record is LGLUI::tElement. Last of its fields, numHotRects counts how many of the
+//    200 hot rectangles the last render registered; areas past the 200th are not registered (a
+//    pop-up therefore offers its first 196 items to the mouse).
+//  - The panel holds two more clock values, after `font`: buttonPressTime (the last button press,
+//    for the 100 ms pressed look) and caretTime (the last caret movement, from which the caret
+//    blinks: shown during the first half of every second).
 //  - A 51st row is refused: "ERROR LGLUI::<operation>> the panel already holds 50 rows; the row is not
 //    added (LGLUI.cpp)" is written and the add... returns -1, count unchanged.
-//  - Row indices are checked against the table of 50 (not against count, as designed): an operation
-//    given a row outside 0..49 writes "ERROR LGLUI::<operation>> row <n> is outside the 50 rows of the
-//    panel (LGLUI.cpp)" and does nothing (getUIInt and getUIString leave their result untouched).
+//  - Row indices are checked against the table of 50, not against count: an operation given a row
+//    outside 0..49 writes "ERROR LGLUI::<operation>> row <n> is outside the 50 rows of the panel
+//    (LGLUI.cpp)" and does nothing (getUIInt and getUIString leave their result untouched).
 //  - Every add... starts from an empty record, so nothing of an earlier row of the same index remains.
 //  - handleMouseClick on an invisible or empty panel sets consumed to false.
 //  - standardKey is an unsigned char, as GLUT delivers the keys.
