@@ -704,7 +704,9 @@ TEST_F(UITest, ANumberSpinnerShowsItsValueAsDecimalText)
         if (b.y == baseline && b.x >= valueX)
             xs.push_back(b.x);
     const LGLFont::GLGLFont& f = ui->font.fonts[0];
-    EXPECT_EQ(xs, (std::vector<int>{valueX, valueX + f.widths['2'], valueX + f.widths['2'] + f.widths['.']}));
+    const int two = f.widths[font_test::code('2')];
+    const int point = f.widths[font_test::code('.')];
+    EXPECT_EQ(xs, (std::vector<int>{valueX, valueX + two, valueX + two + point}));
 }
 
 // ================================================================ value field
