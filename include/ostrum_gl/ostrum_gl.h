@@ -25,6 +25,7 @@
 // interface
 #include <ostrum_gl/interface/LGLFont.h>
 #include <ostrum_gl/interface/LGLMenu.h>
+#include <ostrum_gl/interface/LGLUI.h>
 
 // effects
 #include <ostrum_gl/effects/LGLAVI.h>
