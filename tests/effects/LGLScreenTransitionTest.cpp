@@ -58,7 +58,15 @@ protected:
         glDisable(GL_ALPHA_TEST);
         glEnable(GL_DEPTH_TEST);
     }
-    void TearDown() override { LGLScreenTransition::clockHook = nullptr; }
+    void TearDown() override
+    {
+        LGLScreenTransition::clockHook = nullptr;
+        // The overlay leaves the depth test on; later tests of this program start with it off.
+        glDisable(GL_DEPTH_TEST);
+        glDisable(GL_BLEND);
+        glDisable(GL_TEXTURE_2D);
+        glColor4f(1.0f, 1.0f, 1.0f, 1.0f);
+    }
 
     // Fills the colour buffer with one grey level so that the overlay's blending shows.
     static void clearTo(float grey)

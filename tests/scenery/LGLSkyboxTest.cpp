@@ -83,6 +83,10 @@ RGB pixel(int x, int y)
     return RGB{p[0], p[1], p[2]};
 }
 
+struct P3World {
+    double x, y, z;
+};
+
 struct Projected {
     double x, y, z;
 };
@@ -125,6 +129,7 @@ protected:
     {
         sky.dispose();
         LGLSkybox::skyboxDir = savedDir;
+        scene_test::restoreDefaultState();
     }
 
     // Six 8 x 8 face pictures of `name`: face k has colour k with a white top-left quadrant.
@@ -472,6 +477,79 @@ TEST_F(LGLSkyboxTest, RenderDrawsSixStripsInFaceOrderWithTheirCornersAndTextureC
     EXPECT_THAT(facesSeen, ::testing::UnorderedElementsAre(0, 1, 2, 3, 4, 5));
     EXPECT_TRUE(glIsEnabled(GL_TEXTURE_2D));
     EXPECT_TRUE(glIsEnabled(GL_CULL_FACE));
+}
+
+TEST_F(LGLSkyboxTest, FromInsideNearACornerAllSixFacesAreDrawnInFaceOrder)
+{
+    // From an eye near one corner, looking at the opposite one with a wide view, a part of every face
+    // lies ahead: one recording sees all six, in the order they are drawn. Each feedback vertex is
+    // taken back to the world to tell its face and the texture coordinates it must carry there.
+    writeFaces("order", kNumbered);
+    const int W = 200, H = 120, D = 160;
+    sky.loadTextures("order", W, H, D);
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    gluPerspective(150.0, 640.0 / 480.0, 0.5, 2000.0);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    gluLookAt(6, 5, 7, W, H, D, 0, 1, 0);
+    GLdouble model[16], projection[16];
+    GLint viewport[4];
+    glGetDoublev(GL_MODELVIEW_MATRIX, model);
+    glGetDoublev(GL_PROJECTION_MATRIX, projection);
+    glGetIntegerv(GL_VIEWPORT, viewport);
+
+    auto polygons = itemsOf(recordFeedback([&] { sky.render(); }), GL_POLYGON_TOKEN);
+    ASSERT_FALSE(polygons.empty());
+    std::vector<int> order;
+    for (const auto& polygon : polygons) {
+        std::vector<P3World> points;
+        for (const auto& v : polygon.vertices) {
+            P3World w{};
+            gluUnProject(v.x, v.y, v.z, model, projection, viewport, &w.x, &w.y, &w.z);
+            points.push_back(w);
+        }
+        P3World centre{0, 0, 0};
+        for (const auto& w : points) {
+            centre.x += w.x / points.size();
+            centre.y += w.y / points.size();
+            centre.z += w.z / points.size();
+        }
+        // The face whose plane the polygon's centre lies on.
+        const double tolerance = 0.5;
+        int face = -1;
+        if (std::fabs(centre.z - D) < tolerance)
+            face = 0;
+        else if (std::fabs(centre.x) < tolerance)
+            face = 1;
+        else if (std::fabs(centre.z) < tolerance)
+            face = 2;
+        else if (std::fabs(centre.x - W) < tolerance)
+            face = 3;
+        else if (std::fabs(centre.y - H) < tolerance)
+            face = 4;
+        else if (std::fabs(centre.y) < tolerance)
+            face = 5;
+        ASSERT_GE(face, 0) << centre.x << ", " << centre.y << ", " << centre.z;
+        if (order.empty() || order.back() != face)
+            order.push_back(face);
+        // s and t on each face: linear in the position, 0 and 1 on the strip's corners.
+        for (size_t i = 0; i < points.size(); ++i) {
+            const P3World& w = points[i];
+            double s = 0, t = 0;
+            switch (face) {
+            case 2: s = w.x / W; t = w.y / H; break;
+            case 0: s = (W - w.x) / W; t = w.y / H; break;
+            case 4: s = (W - w.x) / W; t = (D - w.z) / D; break;
+            case 1: s = (D - w.z) / D; t = w.y / H; break;
+            case 3: s = w.z / D; t = w.y / H; break;
+            default: s = (W - w.x) / W; t = w.z / D; break;
+            }
+            EXPECT_NEAR(polygon.vertices[i].s, s, 2e-3) << "face " << face;
+            EXPECT_NEAR(polygon.vertices[i].t, t, 2e-3) << "face " << face;
+        }
+    }
+    EXPECT_THAT(order, ::testing::ElementsAre(2, 0, 4, 1, 3, 5));
 }
 
 TEST_F(LGLSkyboxTest, RenderClampsEveryFaceTextureToItsEdge)

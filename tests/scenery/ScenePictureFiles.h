@@ -38,6 +38,29 @@ inline void clearGLErrors()
     }
 }
 
+// Puts back OpenGL's initial values of what the skybox and backdrop leave behind (culling, blending,
+// the alpha and depth tests, texturing, line width, colour), so that later tests of the same program
+// start from the state they expect.
+inline void restoreDefaultState()
+{
+    glDisable(GL_CULL_FACE);
+    glCullFace(GL_BACK);
+    glFrontFace(GL_CCW);
+    glDisable(GL_BLEND);
+    glBlendFunc(GL_ONE, GL_ZERO);
+    glDisable(GL_ALPHA_TEST);
+    glAlphaFunc(GL_ALWAYS, 0.0f);
+    glDisable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LESS);
+    glDisable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    glLineWidth(1.0f);
+    glColor4f(1.0f, 1.0f, 1.0f, 1.0f);
+    glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
+    glViewport(0, 0, ostrum_test::GLTestWindow::kWidth, ostrum_test::GLTestWindow::kHeight);
+    clearGLErrors();
+}
+
 struct RGB {
     int r, g, b;
 };
