@@ -23,7 +23,7 @@
 //    texture bound; renderFrame leaves the colour white, the line width 1 and texturing on.
 //
 // Choices recorded here:
-//  - The design leaves every member but `texture` unset after construction; they start at zero
+//  - Construction sets `texture` to 0 and gives the other members plain values: zero
 //    (pos (0, 0, 0), no rotation, both flags false, sizes 0) with alpha 1, so that a fresh backdrop
 //    copies and compares without reading indeterminate values. render still draws nothing until a
 //    texture is loaded.
