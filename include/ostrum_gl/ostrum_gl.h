@@ -18,6 +18,8 @@
 #include <ostrum_gl/models/3dsLoader.h>
 
 // scenery
+#include <ostrum_gl/scenery/LGLBackdrop.h>
+#include <ostrum_gl/scenery/LGLSkybox.h>
 #include <ostrum_gl/scenery/LGLTerrain.h>
 #include <ostrum_gl/scenery/TerrainObject.h>
 #include <ostrum_gl/scenery/TerrainTile.h>
@@ -30,3 +32,4 @@
 // effects
 #include <ostrum_gl/effects/LGLAVI.h>
 #include <ostrum_gl/effects/LGLAnimTexture.h>
+#include <ostrum_gl/effects/LGLScreenTransition.h>
