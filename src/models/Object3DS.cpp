@@ -1066,6 +1066,7 @@ private:
     }
 
     static bool blank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f'; }
+    static bool delimiter(char c) { return c == '{' || c == '}' || c == '(' || c == ')' || c == '"'; }
 
     bool commentStart() const { return line_[pos_] == '/' && pos_ + 1 < line_.size() && line_[pos_ + 1] == '*'; }
 
@@ -1112,9 +1113,11 @@ private:
                 return t;
             default:
                 t.kind = Word;
-                while (pos_ < line_.size() && !blank(line_[pos_]) && std::strchr("{}()\"", line_[pos_]) == nullptr &&
-                       !commentStart())
+                // The first character always belongs to the word (a NUL byte included), so every token
+                // moves the scanner on.
+                do
                     t.text += line_[pos_++];
+                while (pos_ < line_.size() && !blank(line_[pos_]) && !delimiter(line_[pos_]) && !commentStart());
                 return t;
             }
         }

@@ -503,7 +503,10 @@ TEST_F(Object3DSFigure, MalformedTextNeverCrashesTheReader)
         "/* figure */\n\"figure\"\n{{{{}}}}\n",
         "figure { /* never closed",
     };
-    for (const char* text : texts) {
+    std::vector<std::string> all(std::begin(texts), std::end(texts));
+    // NUL bytes inside words, between tokens and inside strings.
+    all.push_back(std::string("figure { \"f\"\n bone { \"a\0b\" length { 1\0 }\0 \0\0 bone { \"c\" } }\n}\n", 62));
+    for (const std::string& text : all) {
         SCOPED_TRACE(text);
         auto o = makeObject();
         readText(*o, text);
@@ -516,6 +519,9 @@ TEST_F(Object3DSFigure, MalformedTextNeverCrashesTheReader)
         auto copy = std::make_unique<Object3DS>(*o);
         EXPECT_EQ(countBones(copy->root), countBones(o->root));
     }
+    auto withNul = makeObject();
+    readText(*withNul, all.back());
+    EXPECT_EQ(countBones(withNul->root), 2);
 }
 
 // ---------------------------------------------------------------- the sequence reader
