@@ -483,6 +483,37 @@ TEST_F(Object3DSFigure, ReadBoneFromALineThatIsNoBonePrintsError)
     EXPECT_EQ(bone, nullptr);
 }
 
+TEST_F(Object3DSFigure, BlockParsersReadFromFileStreams)
+{
+    const std::string dir = makeTempDir();
+    writeFile(dir + "/blocks.an8",
+              "figure { \"f\"\n  bone { \"r\"\n    length { 2 }\n  }\n}\n"
+              "bone { \"loose\"\n  length { 8 }\n}\n"
+              "sequence { \"s\"\n  figure { \"f\" }\n  frames { 6 }\n  jointangle { \"r\" \"X\"\n"
+              "    floatkey { 0 12 }\n  }\n}\n");
+    auto o = makeObject();
+    std::ifstream in(dir + "/blocks.an8");
+    std::string line;
+    StdoutCapture capture;
+    ASSERT_TRUE(std::getline(in, line));
+    o->readFigure(in, line);
+    ASSERT_TRUE(std::getline(in, line));
+    tBone* loose = nullptr;
+    Object3DSTest::readBone(*o, in, line, loose);
+    ASSERT_TRUE(std::getline(in, line));
+    Object3DSTest::readSequence(*o, in, line);
+    EXPECT_EQ(capture.take(), "Adding bone #0 \"r\"\nAdding bone #1 \"loose\"\n");
+    ASSERT_NE(o->root, nullptr);
+    EXPECT_EQ(o->root->length, 2);
+    ASSERT_NE(loose, nullptr);
+    EXPECT_EQ(loose->length, 8);
+    EXPECT_EQ(o->numFrames, 6);
+    ASSERT_EQ(o->jointAngles.size(), 1u);
+    EXPECT_EQ(o->jointAngles[0].keys[0].angle, 12.0);
+    EXPECT_FALSE(std::getline(in, line));
+    Object3DSTest::disposeBone(*o, loose);
+}
+
 TEST_F(Object3DSFigure, MalformedTextNeverCrashesTheReader)
 {
     const char* texts[] = {
@@ -498,8 +529,8 @@ TEST_F(Object3DSFigure, MalformedTextNeverCrashesTheReader)
         "sequence { \"s\"",
         "sequence { \"s\"\n  figure",
         "sequence { \"s\"\n figure { \"f\" }\n frames {\n floatkey { 1 2 }\n jointangle { \"a\" \"X\"\n",
-        "sequence { \"s\"\n figure { \"f\" }\n frames { 99999999999 }\n jointangle { \"a\" \"X\"\n"
-        "floatkey { -99999999999 1e999 }\n floatkey { 99999999999 -1 }\n}\n",
+        ("sequence { \"s\"\n figure { \"f\" }\n frames { 99999999999 }\n jointangle { \"a\" \"X\"\n"
+         "floatkey { -99999999999 1e999 }\n floatkey { 99999999999 -1 }\n}\n"),
         "/* figure */\n\"figure\"\n{{{{}}}}\n",
         "figure { /* never closed",
     };

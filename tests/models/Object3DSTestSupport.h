@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -37,6 +38,11 @@ public:
         o.readBone(in, line, bone);
     }
     static void readSequence(Object3DS& o, std::istream& in, const std::string& line) { o.readSequence(in, line); }
+    static void readBone(Object3DS& o, std::ifstream& in, const std::string& line, tBone*& bone)
+    {
+        o.readBone(in, line, bone);
+    }
+    static void readSequence(Object3DS& o, std::ifstream& in, const std::string& line) { o.readSequence(in, line); }
     static void assign3DS2Bone(Object3DS& o, tBone* bone) { o.assign3DS2Bone(bone); }
     static void writeSequenceData(Object3DS& o) { o.writeSequenceData(); }
     static void writeBoneData(Object3DS& o, tBone* bone, int level) { o.writeBoneData(bone, level); }

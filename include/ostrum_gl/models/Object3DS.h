@@ -60,6 +60,8 @@
 //  - getSubObjName also ends the process for a negative id, with the same line. anyVertexInBox(k, ...)
 //    returns false for an id that names no sub-object.
 //  - collidesWith counts a degenerate face (no normal) as BEHIND.
+//  - determineTransparentFaces prints the first two lines for a face whose material index names no
+//    material and then passes over it.
 //
 // Figures (the An8 reader):
 //  - loadFigure and readAnimation look at lines that begin with "figure" or "sequence" in their
