@@ -16,6 +16,7 @@
 
 // models
 #include <ostrum_gl/models/3dsLoader.h>
+#include <ostrum_gl/models/Object3DS.h>
 
 // scenery
 #include <ostrum_gl/scenery/LGLBackdrop.h>
