@@ -44,6 +44,12 @@ void LGLScreenTransition::init(std::string actionText, std::string parameters)
         std::fflush(stdout);
         std::exit(-1);
     }
+    // The step is read from params[0] every frame; without it the transition stands still, and the
+    // game is told so rather than left with an overlay that never moves.
+    if (params.empty())
+        std::printf("ERROR in LGLScreenTransition::init: no per-frame step in the parameter text '%s'; "
+                    "the transition makes no progress\n",
+                    parameters.c_str());
     holding = false;
 }
 

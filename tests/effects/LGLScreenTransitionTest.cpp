@@ -127,15 +127,20 @@ TEST_F(LGLScreenTransitionTest, InitReadsEveryParameterInOrder)
     // Blanks side by side or at either end make no parameters of their own.
     t.init("fade_in", " 0.5  3 ");
     EXPECT_THAT(t.params, ::testing::ElementsAre(0.5, 3.0));
-    // Pieces that are not numbers read as atof reads them.
+    // Pieces that are not numbers read as atof reads them; a step is there, so nothing is reported.
+    ostrum_test::StdoutCapture out;
     t.init("fade_in", "abc 4x");
+    EXPECT_EQ(out.take(), "");
     EXPECT_THAT(t.params, ::testing::ElementsAre(0.0, 4.0));
 }
 
 TEST_F(LGLScreenTransitionTest, EmptyParameterTextLeavesParametersEmptyAndTheOverlayStill)
 {
     LGLScreenTransition t;
+    ostrum_test::StdoutCapture out;
     t.init("fade_out", "");
+    EXPECT_EQ(out.take(), "ERROR in LGLScreenTransition::init: no per-frame step in the parameter text ''; "
+                          "the transition makes no progress\n");
     EXPECT_TRUE(t.params.empty());
     for (int i = 0; i < 10; ++i)
         t.handle();

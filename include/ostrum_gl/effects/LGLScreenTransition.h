@@ -22,7 +22,8 @@
 //    and "0.5  10" (two blanks) gives 0.5 and 10. Each piece is converted with atof. A new init
 //    replaces the parameters of the previous transition.
 //  - Without a per-frame step (empty parameter text) the step counts as 0: the overlay stays at its
-//    start value, the end test runs as with one parameter, and the transition never ends.
+//    start value, the end test runs as with one parameter, and the transition never ends; init
+//    says so with a line beginning with "ERROR" on standard output.
 //  - handle does nothing while the transition is disabled (before the first init and after
 //    disable), so a game that calls handle every frame keeps a disabled overlay disabled; it also
 //    does nothing for an action other than the two fades.
