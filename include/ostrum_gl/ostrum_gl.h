@@ -18,13 +18,18 @@
 #include <ostrum_gl/models/3dsLoader.h>
 
 // scenery
+#include <ostrum_gl/scenery/LGLBackdrop.h>
+#include <ostrum_gl/scenery/LGLSkybox.h>
 #include <ostrum_gl/scenery/LGLTerrain.h>
 #include <ostrum_gl/scenery/TerrainObject.h>
 #include <ostrum_gl/scenery/TerrainTile.h>
 
 // interface
 #include <ostrum_gl/interface/LGLFont.h>
+#include <ostrum_gl/interface/LGLMenu.h>
+#include <ostrum_gl/interface/LGLUI.h>
 
 // effects
 #include <ostrum_gl/effects/LGLAVI.h>
 #include <ostrum_gl/effects/LGLAnimTexture.h>
+#include <ostrum_gl/effects/LGLScreenTransition.h>

@@ -5,6 +5,7 @@
 #include <ostrum_core/LGeom.h>
 #include <ostrum_core/LImage.h>
 #include <ostrum_gl/frame/LGL.h>
+#include <ostrum_gl/frame/LGLTextureBlending.h>
 #include <ostrum_gl/platform/LGLPlatform.h>
 
 #include <GL/gl.h>
@@ -823,14 +824,7 @@ void LGLTerrain::render()
         // the primary colour's alpha
         pglActiveTextureARB(GL_TEXTURE1_ARB);
         glEnable(GL_TEXTURE_2D);
-        glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_COMBINE_ARB);
-        glTexEnvi(GL_TEXTURE_ENV, GL_COMBINE_RGB_ARB, GL_INTERPOLATE_ARB);
-        glTexEnvi(GL_TEXTURE_ENV, GL_SOURCE0_RGB_ARB, GL_PREVIOUS_ARB);
-        glTexEnvi(GL_TEXTURE_ENV, GL_OPERAND0_RGB_ARB, GL_SRC_COLOR);
-        glTexEnvi(GL_TEXTURE_ENV, GL_SOURCE1_RGB_ARB, GL_TEXTURE);
-        glTexEnvi(GL_TEXTURE_ENV, GL_OPERAND1_RGB_ARB, GL_SRC_COLOR);
-        glTexEnvi(GL_TEXTURE_ENV, GL_SOURCE2_RGB_ARB, GL_PRIMARY_COLOR_ARB);
-        glTexEnvi(GL_TEXTURE_ENV, GL_OPERAND2_RGB_ARB, GL_SRC_ALPHA);
+        LGLTextureBlending::SetInterpolateCombiner();
     }
 
     const int n = usedTiles();

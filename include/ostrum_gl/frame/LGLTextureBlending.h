@@ -36,4 +36,7 @@ public:
     static void Activate(unsigned int texture0, unsigned int texture1, float weight);
     // Texturing off on unit 1, then on unit 0, which is left active.
     static void Disactivate();
+    // The combiner of the active unit: the previous unit's result interpolated with this unit's
+    // texture by the primary colour's alpha. Activate and the terrain's blended tiles share it.
+    static void SetInterpolateCombiner();
 };
