@@ -425,6 +425,41 @@ TEST_F(LGLColMeshRender, SubObjectBoxGridCoversThatSubObjectOnly)
     EXPECT_NEAR(n.boxes[1].centre.x, 0.075, 1e-4);
 }
 
+TEST_F(LGLColMeshRender, SubObjectBoxGridOutsideTheBoundingVolumeTableIsRefused)
+{
+    auto o = loadModel(twoCornerModel());
+    LGLColMesh m;
+    for (int sub : {-1, Object3DS::MAX_SUBOBJECTS}) {
+        StdoutCapture capture;
+        m.create3DSBoxGrid(o.get(), sub, 2, 2, 2);
+        EXPECT_EQ(capture.take(), "ERROR: LGLColMesh::create3DSBoxGrid: sub-object " + std::to_string(sub) + " of \"" +
+                                      std::string(o->fileName) + "\" has no bounding volume\n");
+    }
+    EXPECT_TRUE(m.boxes.empty());
+    EXPECT_TRUE(m.boxGroups.empty());
+}
+
+TEST_F(LGLColMeshRender, SubObjectBoxGridOfAMissingSubObjectHoldsNoBox)
+{
+    auto o = loadModel(twoCornerModel());
+    LGLColMesh m;
+    m.create3DSBoxGrid(o.get(), 5, 2, 2, 2);
+    EXPECT_TRUE(m.boxes.empty());
+    ASSERT_EQ(m.boxGroups.size(), 1u);
+    m.updateWorldCoordinates();
+    EXPECT_FALSE(m.collidesWith(v(0, 0, 0)));
+}
+
+TEST_F(LGLColMeshRender, BoxGridWithoutModelDoesNothing)
+{
+    LGLColMesh m;
+    StdoutCapture capture;
+    m.create3DSBoxGrid(nullptr, 2);
+    m.create3DSBoxGrid(nullptr, 0, 2, 2, 2);
+    EXPECT_EQ(capture.take(), "");
+    EXPECT_TRUE(m.boxGroups.empty());
+}
+
 TEST_F(LGLColMeshRender, ModelIsItsOwnCollisionShape)
 {
     auto o = loadModel(tetrahedron(4));

@@ -20,6 +20,10 @@
 //  - endBoxGroup without any group does nothing; a group closed without boxes keeps the bounds it had
 //    (zero) and, holding no box, never collides. The collision tests skip box indices that name no
 //    box and world points that the mesh does not hold, so a hand-edited mesh never reads out of range.
+//  - The box grids do nothing for a null model. The sub-object grid refuses an id outside the model's
+//    table of bounding volumes (0 .. Object3DS::MAX_SUBOBJECTS - 1) with
+//      ERROR: LGLColMesh::create3DSBoxGrid: sub-object <id> of "<model file>" has no bounding volume
+//    and builds nothing; an id inside the table that names no sub-object gets an empty group.
 //  - A file that exists but cannot be opened prints
 //      ERROR: LGLColMesh::load: cannot read "<file>"
 //    and returns with the mesh unchanged (apart from model, which load always clears).
