@@ -25,6 +25,9 @@
 #include <ostrum_gl/scenery/TerrainObject.h>
 #include <ostrum_gl/scenery/TerrainTile.h>
 
+// collision
+#include <ostrum_gl/collision/LGLColMesh.h>
+
 // interface
 #include <ostrum_gl/interface/LGLFont.h>
 #include <ostrum_gl/interface/LGLMenu.h>
