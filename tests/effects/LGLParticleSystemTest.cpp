@@ -1004,3 +1004,24 @@ TEST_F(ParticleSystem, RenderBufferShowsWhatWasPrerendered)
     const auto corner = readPixel(10, 10);
     EXPECT_EQ(corner[2], 0);
 }
+
+TEST_F(ParticleSystem, DebrisIgnoresTheCameraWhenDrawnFacingIt)
+{
+    const std::string dir = makeTempDir();
+    writeBmp(dir, "red.bmp", 255, 0, 0);
+    {
+        StdoutCapture out;
+        PS::load3DSModel(writeDebris(dir + "/d.3ds", "red.bmp"));
+    }
+    setPixelProjection();
+    PS ps;
+    ps.set(100.0, 1, 0, 1, 1.0f, 0.1f, 0.0f, 1.0f, 0.0f, 1, 1, 1, 200, 200, 0, 0, 0, 0, PS::FADE_HOLD);
+    ps.triggerEmission();
+    ps.particles[0].rotation[0] = ps.particles[0].rotation[1] = ps.particles[0].rotation[2] = 0;
+    LGLCamera cam;
+    cam.SetPosAndView(0, 0, 0, 1, -1, 0, 0, 1, 0);  // heading 90 degrees, pitch 45 degrees
+    ps.render(cam);
+    EXPECT_GT(readPixel(220, 220)[0], 200);  // the triangle where render() puts it
+    EXPECT_EQ(readPixel(180, 220)[0], 0);
+    EXPECT_EQ(readPixel(220, 180)[0], 0);
+}
