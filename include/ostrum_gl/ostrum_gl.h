@@ -36,4 +36,5 @@
 // effects
 #include <ostrum_gl/effects/LGLAVI.h>
 #include <ostrum_gl/effects/LGLAnimTexture.h>
+#include <ostrum_gl/effects/LGLParticleSystem.h>
 #include <ostrum_gl/effects/LGLScreenTransition.h>
