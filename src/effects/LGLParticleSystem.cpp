@@ -144,6 +144,11 @@ void LGLParticleSystem::set(double scale_, int count_, int respawns, int spread_
     fadeFunc = fadeFunc_;
     spinFactor = 0.5f;
     active = true;
+    // Velocities are remainders by spread: a spread of 0 would divide by zero, so it becomes 1.
+    if (spread == 0) {
+        std::printf("ERROR LGLParticleSystem::set: a spread of 0 has no random velocities; a spread of 1 is used\n");
+        spread = 1;
+    }
     halfSpread = static_cast<int>(spread * 0.5);
     particles.resize(count > 0 ? static_cast<size_t>(count) : 0u);
 }

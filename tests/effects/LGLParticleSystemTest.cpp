@@ -137,6 +137,22 @@ TEST_F(ParticleSystem, HalfSpreadIsTruncatedHalfOfSpread)
     EXPECT_EQ(ps.halfSpread, 0);
 }
 
+TEST_F(ParticleSystem, SpreadOfZeroIsReportedAndBecomesOne)
+{
+    PS ps;
+    ostrum_test::StdoutCapture out;
+    ps.set(1.0, 3, 0, 0, 1.0f, 0.1f, 0.0f, 1.0f, 0.0f, 1, 1, 1, 0, 0, 0, 0, 0, 0, PS::FADE_HOLD);
+    EXPECT_EQ(out.take(),
+              "ERROR LGLParticleSystem::set: a spread of 0 has no random velocities; a spread of 1 is used\n");
+    EXPECT_EQ(ps.spread, 1);
+    EXPECT_EQ(ps.halfSpread, 0);
+    // Every velocity drawn from it is rand() mod 1 - 0 = 0.
+    ps.triggerEmission();
+    for (const PS::tParticle& p : ps.particles)
+        for (float v : p.velocity)
+            EXPECT_EQ(v, 0.0f);
+}
+
 TEST_F(ParticleSystem, SetWithNegativeCountEmptiesTheParticles)
 {
     PS ps = makeEmitter(3, 0, 0.1f);

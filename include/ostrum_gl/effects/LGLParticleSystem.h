@@ -12,7 +12,8 @@
 //    left, so with rate 1 the particles leave in frames 1, 3, 6, 10, ... and never two in one frame.
 //  - A frame that ends on a waiting particle never clears `active`.
 //  - A reborn particle takes fresh velocities from spread and halfSpread, sparks included.
-//  - spread 0 makes the random velocity a remainder by zero; the game passes a positive spread.
+//  - set turns a spread of 0 (a remainder by zero for every velocity) into 1, after a line beginning
+//    with "ERROR" on standard output.
 //  - The respawn counter wraps from 999 to 0.
 //
 // Choices recorded here:
