@@ -636,6 +636,40 @@ void Object3DS::createObjectDL()
     glEndList();
 }
 
+namespace {
+
+// Specular and emission of a face's material, set only when the material has them or the face before
+// had them, so a run of plain faces issues no material calls. The opaque pass sets shininess 1, the
+// transparent pass 0.
+void setMaterialLight(double s, double e, GLfloat shininess, bool& specularSet, bool& emissionSet)
+{
+    if (s > 0.0 || specularSet) {
+        const GLfloat colour[4] = {static_cast<GLfloat>(s), static_cast<GLfloat>(s), static_cast<GLfloat>(s), 1.0f};
+        glMaterialfv(GL_FRONT, GL_SPECULAR, colour);
+        glMaterialf(GL_FRONT, GL_SHININESS, shininess);
+        specularSet = s > 0.0;
+    }
+    if (e > 0.0 || emissionSet) {
+        const GLfloat colour[4] = {static_cast<GLfloat>(e), static_cast<GLfloat>(e), static_cast<GLfloat>(e), 1.0f};
+        glMaterialfv(GL_FRONT, GL_EMISSION, colour);
+        emissionSet = e > 0.0;
+    }
+}
+
+// Back to no specular and no emission after a pass that left either set.
+void clearMaterialLight(bool specularSet, bool emissionSet)
+{
+    const GLfloat black[4] = {0.0f, 0.0f, 0.0f, 1.0f};
+    if (specularSet) {
+        glMaterialfv(GL_FRONT, GL_SPECULAR, black);
+        glMaterialf(GL_FRONT, GL_SHININESS, 0.0f);
+    }
+    if (emissionSet)
+        glMaterialfv(GL_FRONT, GL_EMISSION, black);
+}
+
+}  // namespace
+
 void Object3DS::renderSubObjectNonDL(int k)
 {
     if (k < 0 || k >= static_cast<int>(model.pObject.size()))
@@ -654,17 +688,7 @@ void Object3DS::renderSubObjectNonDL(int k)
             continue;
         const double s = material ? material->specular : 0.0;
         const double e = material ? material->emissive : 0.0;
-        if (s > 0.0 || specularSet) {
-            const GLfloat colour[4] = {static_cast<GLfloat>(s), static_cast<GLfloat>(s), static_cast<GLfloat>(s), 1.0f};
-            glMaterialfv(GL_FRONT, GL_SPECULAR, colour);
-            glMaterialf(GL_FRONT, GL_SHININESS, 1.0f);
-            specularSet = s > 0.0;
-        }
-        if (e > 0.0 || emissionSet) {
-            const GLfloat colour[4] = {static_cast<GLfloat>(e), static_cast<GLfloat>(e), static_cast<GLfloat>(e), 1.0f};
-            glMaterialfv(GL_FRONT, GL_EMISSION, colour);
-            emissionSet = e > 0.0;
-        }
+        setMaterialLight(s, e, 1.0f, specularSet, emissionSet);
         const bool textured = material != nullptr && material->fileName[0] != '\0';
         if (textured) {
             glColor3f(1.0f, 1.0f, 1.0f);
@@ -692,13 +716,7 @@ void Object3DS::renderSubObjectNonDL(int k)
         glEnd();
         glColor3f(1.0f, 1.0f, 1.0f);
     }
-    const GLfloat black[4] = {0.0f, 0.0f, 0.0f, 1.0f};
-    if (specularSet) {
-        glMaterialfv(GL_FRONT, GL_SPECULAR, black);
-        glMaterialf(GL_FRONT, GL_SHININESS, 0.0f);
-    }
-    if (emissionSet)
-        glMaterialfv(GL_FRONT, GL_EMISSION, black);
+    clearMaterialLight(specularSet, emissionSet);
 }
 
 void Object3DS::renderTranspFacesNonDL(int k)
@@ -720,17 +738,7 @@ void Object3DS::renderTranspFacesNonDL(int k)
         const double t = material->transparency;
         const double s = material->specular;
         const double e = material->emissive;
-        if (s > 0.0 || specularSet) {
-            const GLfloat colour[4] = {static_cast<GLfloat>(s), static_cast<GLfloat>(s), static_cast<GLfloat>(s), 1.0f};
-            glMaterialfv(GL_FRONT, GL_SPECULAR, colour);
-            glMaterialf(GL_FRONT, GL_SHININESS, 0.0f);
-            specularSet = s > 0.0;
-        }
-        if (e > 0.0 || emissionSet) {
-            const GLfloat colour[4] = {static_cast<GLfloat>(e), static_cast<GLfloat>(e), static_cast<GLfloat>(e), 1.0f};
-            glMaterialfv(GL_FRONT, GL_EMISSION, colour);
-            emissionSet = e > 0.0;
-        }
+        setMaterialLight(s, e, 0.0f, specularSet, emissionSet);
         glEnable(GL_BLEND);
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
         glDisable(GL_ALPHA_TEST);
@@ -763,13 +771,7 @@ void Object3DS::renderTranspFacesNonDL(int k)
         glDisable(GL_BLEND);
         glEnable(GL_ALPHA_TEST);
     }
-    const GLfloat black[4] = {0.0f, 0.0f, 0.0f, 1.0f};
-    if (specularSet) {
-        glMaterialfv(GL_FRONT, GL_SPECULAR, black);
-        glMaterialf(GL_FRONT, GL_SHININESS, 0.0f);
-    }
-    if (emissionSet)
-        glMaterialfv(GL_FRONT, GL_EMISSION, black);
+    clearMaterialLight(specularSet, emissionSet);
 }
 
 void Object3DS::renderSubObjectNormalsNonDL(int k)
