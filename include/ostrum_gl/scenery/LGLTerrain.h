@@ -12,6 +12,8 @@
 //   [SECTION] grid and height editing
 //   [SECTION] tiles and texturing
 //   [SECTION] rendering
+//   [SECTION] map file, height-map file and backups      (LGLTerrainFiles.cpp)
+//   [SECTION] placed objects                             (LGLTerrainObjects.cpp)
 //   [SECTION] program-wide tables
 //
 // Kept on purpose:
@@ -73,10 +75,15 @@
 #include <ostrum_gl/scenery/TerrainObject.h>
 #include <ostrum_gl/scenery/TerrainTile.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
+class LGLCamera;
+class LGLColMesh;
+class LGLFrustum;
 class Object3DS;
+class SVector3D;
 
 class LGLTerrain {
 public:
@@ -243,6 +250,31 @@ public:
     // Outline of a world rectangle following the ground, and of far plain i.
     void renderRectOnTerrain(tRect r);
     void renderRectOnFarPlain(int i);
+
+    // ============================================================ [SECTION] map file, height-map file and backups
+
+    // The map text at resPath + name, then the heights, the tile sort, the textures and the corners.
+    void load(std::string mapName);
+    void saveTexTilesAndEnv(std::string name);
+    void loadTexTilesAndEnv(std::string name);
+    void loadHeightMap();
+    void saveHeightMap();
+    void saveHeightMap(std::string fileName);
+    void backupHeightMapFile();
+
+    // ============================================================ [SECTION] placed objects
+
+    void loadObject3DSModels(std::map<std::string, Object3DS>& models);
+    void update3DSObjectLocation(int i);
+    void update3DSObjectLocations();
+    void updateBBWorldCoordinates(int i);
+    bool boundingBoxInFrustum(int i, LGLFrustum& f);
+    void updateColMesh(int i);
+    bool objectCollidesWith(Object3DS* o, SVector3D& pos, LGLColMesh& mesh);
+    void cloneObject(int i);
+    void deleteObject(int i);
+    void changeObjectModel(int i, std::string name, Object3DS* model);
+    void render3DSObjects(bool pick, int selected, LGLFrustum& frustum, LGLCamera& camera);
 
     // ============================================================ [SECTION] program-wide tables
 

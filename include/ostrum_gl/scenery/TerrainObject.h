@@ -10,11 +10,10 @@
 //  - bbSamples holds plain float triples. The sample array is the bulk of the terrain's size (12 KB
 //    per record), so the constructor does not write it: only the first numBBSamples entries have
 //    meaning, and untouched pages of a new terrain cost no memory.
-//  - The record's collision mesh joins it as the member colMesh, after bbSamples and numBBSamples,
-//    together with the collision-mesh class.
 #pragma once
 
 #include <ostrum_core/SVector3D.h>
+#include <ostrum_gl/collision/LGLColMesh.h>
 
 #include <string>
 
@@ -43,4 +42,5 @@ struct TerrainObject {
     Object3DS* lod[3] = {nullptr, nullptr, nullptr};
     tBBSample bbSamples[MAX_BB_SAMPLES];
     int numBBSamples = 0;
+    LGLColMesh colMesh;
 };
