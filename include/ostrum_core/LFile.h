@@ -26,8 +26,18 @@
 //  - getFileExtension and getFilenameWithoutExtension only look for the dot in the last component:
 //    "maps.v2/height" has no extension. getFilenameWithoutExtension keeps the directory part
 //    ("maps/h.bmp" -> "maps/h").
+//  - replaceFile never leaves a half-written file under the target's name: the bytes go to a new
+//    temporary file in the target's own directory, named "." + file name + ".tmp-" + six random
+//    characters (made with mkstemp, so never an existing file), which is flushed to the disk and only
+//    then renamed over the target. On any failure (a full disk, a read-only directory, a directory
+//    that does not exist) the temporary file is removed and the old file is left as it was. The new
+//    file takes the permission bits of the file it replaces, or 0666 less the umask when there was
+//    none. Its name is the one the caller wrote; an existing file that the name reaches only through
+//    case-insensitive resolution is removed once the new file is in place, so exactly one file is
+//    left, under the new name, as a delete followed by a write would leave it.
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <string>
 
@@ -50,4 +60,7 @@ public:
     static std::string resolvePath(const std::string& path);
     // std::fopen through resolvePath; write modes resolve the directory part and keep the file name.
     static std::FILE* openFile(const std::string& path, const char* mode);
+    // Replaces the file at `path` with `size` bytes, all or nothing (see the header comment); false
+    // when the new file could not be written whole, in which case the old file is untouched.
+    static bool replaceFile(std::string path, const void* data, size_t size);
 };

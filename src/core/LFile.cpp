@@ -2,9 +2,11 @@
 #include <ostrum_core/LFile.h>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <vector>
 
@@ -124,6 +126,83 @@ std::FILE* LFile::openFile(const std::string& path, const char* mode)
     if (mode == nullptr)
         return nullptr;
     return std::fopen((isWriteMode(mode) ? writePath(path) : resolvePath(path)).c_str(), mode);
+}
+
+namespace {
+
+bool writeAll(int fd, const void* data, size_t size)
+{
+    const char* p = static_cast<const char*>(data);
+    while (size > 0) {
+        ssize_t n = ::write(fd, p, size);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return false;
+        p += n;
+        size -= static_cast<size_t>(n);
+    }
+    return true;
+}
+
+mode_t currentUmask()
+{
+    mode_t mask = ::umask(0);
+    ::umask(mask);
+    return mask;
+}
+
+}  // namespace
+
+bool LFile::replaceFile(std::string path, const void* data, size_t size)
+{
+    if (path.empty() || (data == nullptr && size > 0))
+        return false;
+    const std::string target = writePath(path);
+    const std::string existing = resolvePath(path);
+
+    std::string dir;
+    std::string name;
+    size_t slash = target.find_last_of('/');
+    if (slash == std::string::npos) {
+        name = target;
+    } else {
+        dir = target.substr(0, slash + 1);
+        name = target.substr(slash + 1);
+    }
+    if (name.empty())
+        return false;
+
+    std::string pattern = dir + "." + name + ".tmp-XXXXXX";
+    std::vector<char> buf(pattern.begin(), pattern.end());
+    buf.push_back('\0');
+    int fd = ::mkstemp(buf.data());
+    if (fd < 0)
+        return false;
+    const std::string temp = buf.data();
+
+    struct stat old;
+    mode_t mode = 0666 & ~currentUmask();
+    if (::stat(existing.c_str(), &old) == 0 && S_ISREG(old.st_mode))
+        mode = old.st_mode & 07777;
+
+    bool ok = writeAll(fd, data, size) && ::fchmod(fd, mode) == 0 && ::fsync(fd) == 0;
+    if (::close(fd) != 0)
+        ok = false;
+    if (ok && ::rename(temp.c_str(), target.c_str()) != 0)
+        ok = false;
+    if (!ok) {
+        ::unlink(temp.c_str());
+        return false;
+    }
+    // The old file under another spelling of the name: the new one has taken its place.
+    if (existing != target) {
+        struct stat now, before;
+        if (::stat(target.c_str(), &now) == 0 && ::lstat(existing.c_str(), &before) == 0 &&
+            !S_ISDIR(before.st_mode) && (now.st_dev != before.st_dev || now.st_ino != before.st_ino))
+            ::unlink(existing.c_str());
+    }
+    return true;
 }
 
 bool LFile::fileExist(std::string path)
