@@ -67,6 +67,57 @@
 //  - renderGridPoints scales y by heightScale inside a push and pop of the current matrix, which
 //    restores the matrix exactly.
 //  - A texture switch is counted only for a change to two different textures (two-unit binding).
+//
+// Map file and height-map file, kept on purpose:
+//  - The writer renumbers the textures that tiles use and writes only those; "Bottom" and "Farplain"
+//    keep their old numbers, so they name other textures after a reload when an unused texture lies
+//    below theirs, and a texture only they use is not written.
+//  - Object positions are written rounded half away from zero, so they come back as whole units.
+//  - Tokens are cut at single blanks: two blanks side by side make an empty token and change the
+//    count, and a line of that keyword with another count is ignored. Numbers are read the way atoi
+//    and atof read them: text that is no number reads as 0, a number followed by other text as far
+//    as the number goes.
+//  - The line that saveHeightMap prints, 'Saving height map to "' and the path, has no closing
+//    quote. heightsFine is not saved.
+//  - A "flat" map loads no heights and keeps whatever heights the terrain held before.
+//
+// Map file and height-map file, choices recorded here:
+//  - Both files are saved all or nothing through LFile::replaceFile: the bytes go to a temporary
+//    file "." + name + ".tmp-XXXXXX" in the target's directory, which is renamed over the old file
+//    once complete. A failed map save prints
+//    "ERROR: LGLTerrain::saveTexTilesAndEnv. Could not write map file "<path>"; the previous file
+//    is kept." and a failed height save "Save error!"; either way the old file stays whole, and a
+//    failed save leaves the terrain as it was.
+//  - Writer: floating values use the "C" locale's decimal point whatever the process locale; a
+//    textureMode other than 1 writes "(blending)"; tile texture numbers outside 0..199 name no
+//    texture and are written unchanged; rounded positions are written as whole numbers in full,
+//    without exponent ("-0" becomes "0", an infinity "inf"). The text ends with the line end of the
+//    last tile line.
+//  - Reader: a line ends at '\n', and one '\r' before it is dropped, so files with Windows line
+//    ends read the same. atof is the "C" locale's, whatever the process locale. Values beyond
+//    a float's range become infinities. "Objects" and "Tiles" stand alone on their lines, "Bottom"
+//    takes 4 tokens, a "Textures" line with another second token is no header. Inside a run of
+//    record lines, a line of another token count is skipped and the run goes on to the first empty
+//    line. Record lines that do not fit are ignored: objects past 10,000, tile lines past
+//    numTiles * numTiles or with numTiles below 1, a "Farplain" line with an index outside 0..7.
+//    Textures past 200 are counted in numTextures but not stored, so that loadTextures ends the
+//    process with its message. A "Terrain" line with 0 tiles gives tileSize 0.
+//  - readTexTilesAndEnv stops at a "Terrain" line of more than 256 tiles and returns false, having
+//    taken its height file and world size but not its tile count; loadTexTilesAndEnv then ends the
+//    process with status -1 and no message. It never exits itself.
+//  - loadHeightMap releases the heights of an earlier load first. The bitmap must be uncompressed,
+//    8 bits per pixel, as high as wide (a top-down file counts; its rows are used as stored, first
+//    row z = 0) and of a width divisible by 4 (rows without padding). Any other bitmap prints
+//    "ERROR: LGLTerrain::loadHeightMap. Height map "<path>" must be a square 8-bit bitmap
+//    without compression and with a width divisible by 4 (it is <w> x <h>, <bits> bits,
+//    compression <c>)." and a file that is no bitmap at all "ERROR: LGLTerrain::loadHeightMap.
+//    "<path>" is not a readable bitmap."; both then end the process with status -1, as a missing
+//    file does. Pixel values are the raw heights; the palette is not looked at.
+//  - backupHeightMapFile prints "ERROR: LGLTerrain::backupHeightMapFile. All 999 backup names of
+//    "<path>" are in use." before it ends the process. A copy that fails prints
+//    "ERROR: LGLTerrain::backupHeightMapFile. Could not copy "<from>" to "<to>"." and removes
+//    what it wrote, so the number stays free. Backups always end in ".bmp" and sit beside the height
+//    file (a directory in heightMapFile is kept).
 #pragma once
 
 #include <ostrum_core/WinTypes.h>
@@ -75,6 +126,7 @@
 #include <ostrum_gl/scenery/TerrainObject.h>
 #include <ostrum_gl/scenery/TerrainTile.h>
 
+#include <iosfwd>
 #include <map>
 #include <string>
 #include <vector>
@@ -253,13 +305,30 @@ public:
 
     // ============================================================ [SECTION] map file, height-map file and backups
 
+    // The first line of every map file.
+    static const char* const mapFileHeader;
+    // The highest backup number of a height file.
+    static constexpr int MAX_BACKUPS = 999;
+
     // The map text at resPath + name, then the heights, the tile sort, the textures and the corners.
     void load(std::string mapName);
+    // Writes the map text to resPath + name; the old file is replaced only by a complete new one.
     void saveTexTilesAndEnv(std::string name);
+    // Reads the map text at resPath + name; a missing file or more than 256 tiles per side ends the
+    // process.
     void loadTexTilesAndEnv(std::string name);
+    // The map text, as saveTexTilesAndEnv writes it.
+    void writeTexTilesAndEnv(std::ostream& out);
+    // The map text read from a stream, as loadTexTilesAndEnv reads it; false where the file reader
+    // ends the process (more than 256 tiles per side), having stopped at that line.
+    bool readTexTilesAndEnv(std::istream& in);
+    // The 8-bit square height bitmap at resPath + heightMapFile; a missing or unusable file ends the
+    // process.
     void loadHeightMap();
+    // The heights as a bitmap at resPath + heightMapFile, or at fileName as it is.
     void saveHeightMap();
     void saveHeightMap(std::string fileName);
+    // Copies the height file to the next free name <name>_001.bmp .. <name>_999.bmp.
     void backupHeightMapFile();
 
     // ============================================================ [SECTION] placed objects
