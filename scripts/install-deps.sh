@@ -11,7 +11,7 @@ packages=(
   libgl1-mesa-dri libgl1-mesa-dev libglu1-mesa-dev freeglut3-dev
   libx11-dev libxtst-dev xvfb xauth x11-utils
   # images
-  libjpeg62-turbo-dev libpng-dev
+  libjpeg62-turbo-dev libpng-dev imagemagick
   # fonts
   libfreetype-dev libfontconfig-dev fontconfig fonts-liberation fonts-dejavu-core
   # movies
