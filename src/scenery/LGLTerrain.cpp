@@ -54,6 +54,11 @@ int truncToInt(double v)
     return static_cast<int>(v);
 }
 
+int saturatedInt(long long v)
+{
+    return static_cast<int>(std::clamp<long long>(v, INT_MIN, INT_MAX));
+}
+
 unsigned char lowByte(int v)
 {
     return static_cast<unsigned char>(static_cast<unsigned int>(v) & 0xFFu);
@@ -564,8 +569,9 @@ void LGLTerrain::updateTileCoordinates()
         curRepeatB = textureRepeatOf(pair.texB);
         for (int c = 0; c < 4; ++c) {
             tTileVertex& v = tileVertices[i][k][c];
-            v.x = tileSize * (i + cornerDx[c]);
-            v.z = tileSize * (k + cornerDz[c]);
+            // a world too wide for int corners (a damaged map) keeps its corners at the int limits
+            v.x = saturatedInt(static_cast<long long>(tileSize) * (i + cornerDx[c]));
+            v.z = saturatedInt(static_cast<long long>(tileSize) * (k + cornerDz[c]));
             v.y = getHeight(v.x, v.z);
             v.s0 = static_cast<double>(v.x) / curRepeatA;
             v.t0 = static_cast<double>(v.z) / curRepeatA;
