@@ -10,6 +10,7 @@
 #include <dirent.h>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -782,6 +783,21 @@ TEST(LGLTerrainMapFileTest, HugeNumbersStayInsideTheTables)
     // and such a map can be written again
     const std::string text = mapText(*t);
     EXPECT_NE(text.find("\nm inf inf -inf nan "), std::string::npos) << text;
+}
+
+TEST(LGLTerrainMapFileTest, WorldTooWideForIntCornersKeepsCornersAtTheIntLimits)
+{
+    auto t = makeTerrain();
+    ASSERT_TRUE(readText(*t, "Terrain h.bmp 2147483647 2 0\n\nTiles\n0 0 0\n0 0 0\n0 0 0\n0 0 0\n"));
+    ASSERT_EQ(t->tileSize, 1073741823);
+    giveHeights(*t, 4, t->worldSize, 9);
+    t->updateTileCoordinates();
+    // kept on purpose: a 2-tile map visits the first four cells of row 0, so tile (0, 3) is the widest
+    EXPECT_EQ(LGLTerrain::tileVertices[0][1][2].z, 1073741823);
+    EXPECT_EQ(LGLTerrain::tileVertices[0][1][1].x, 1073741823);
+    EXPECT_EQ(LGLTerrain::tileVertices[0][1][0].z, 2147483646);
+    EXPECT_EQ(LGLTerrain::tileVertices[0][3][2].z, INT_MAX);
+    EXPECT_EQ(LGLTerrain::tileVertices[0][0][2].x, 0);
 }
 
 TEST(LGLTerrainMapFileTest, VeryLongLinesAreSkipped)
