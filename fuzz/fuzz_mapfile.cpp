@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -72,6 +73,11 @@ void writeHeightBitmap(const std::string& path)
     }
 }
 
+void removeScratchDir()
+{
+    std::filesystem::remove_all(scratchDir());
+}
+
 void exerciseHeights(LGLTerrain& t)
 {
     const int w = t.worldSize;
@@ -105,9 +111,9 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
     if (std::freopen("/dev/null", "w", stdout) == nullptr)
         return 0;
     const std::string dir = scratchDir();
-    std::string command = "mkdir -p " + dir;
-    if (std::system(command.c_str()) != 0)
-        return 0;
+    std::error_code error;
+    std::filesystem::create_directories(dir, error);
+    std::atexit(removeScratchDir);
     writeHeightBitmap(dir + "fuzz_heights.bmp");
     return 0;
 }
